@@ -1,0 +1,37 @@
+# What every target of our own build shares. Floating point stays exactly as written: no contraction,
+# no reassociation. math-errno and trapping-math only say that nobody reads errno or the FP exception
+# flags; they change no result, and let the compiler vectorise square roots and selects.
+function(zrv_own_target target)
+  if(MSVC)
+    target_compile_options(${target} PRIVATE /W4 /fp:precise /utf-8)
+    target_compile_definitions(${target} PRIVATE _CRT_SECURE_NO_WARNINGS _USE_MATH_DEFINES NOMINMAX)
+    if(PROJECT_IS_TOP_LEVEL)
+      target_compile_options(${target} PRIVATE /WX)
+    endif()
+  else()
+    target_compile_options(${target} PRIVATE
+      -ffp-contract=off -fno-math-errno -fno-trapping-math -Wall -Wextra -Wconversion -Wshadow)
+    if(PROJECT_IS_TOP_LEVEL)
+      target_compile_options(${target} PRIVATE -Werror)
+    endif()
+  endif()
+endfunction()
+
+# A GoogleTest program of one folder: zrv_add_test(name sources...). It reaches the library's internals.
+function(zrv_add_test name)
+  add_executable(${name} ${ARGN})
+  zrv_own_target(${name})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE zrv_core zrv_simulator GTest::gtest_main GTest::gmock)
+  target_compile_definitions(${name} PRIVATE ZRV_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+  add_test(NAME ${name} COMMAND ${name})
+  set_tests_properties(${name} PROPERTIES TIMEOUT 300)
+endfunction()
+
+# A Google Benchmark program of one topic: zrv_add_bench(name sources...).
+function(zrv_add_bench name)
+  add_executable(${name} ${ARGN})
+  zrv_own_target(${name})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE zrv_core zrv_simulator benchmark::benchmark_main)
+endfunction()

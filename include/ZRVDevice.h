@@ -1,0 +1,248 @@
+// A MEMS-mirror laser-scanning controller on a serial port: find it, connect, set it up, play samples.
+//
+//   ZRVDevice device;
+//   device.ConnectDevice();                                    // the first controller found
+//   device.SendDataStream(x, y, m, 1000, 0, false);
+//   device.StartDataStream(-1, false);                         // play without end
+//   if (device.GetLastError() != ErrorNone) ...
+//
+// Threads: none are made, and every call blocks until the controller answers or a time-out passes. Some
+// buffers are shared by all device objects: only one thread at a time may call into any device.
+//
+// Errors: nothing throws. Each call leaves its outcome in the device's last error, read with
+// GetLastError(). Without a connection calls set ErrorNotConnected and return what their comment says. Any
+// command can end with ErrorSerialComm (written or acknowledged not at all, or too late) or
+// ErrorBadAcknowledge; the link is then resynchronised, and the next call starts clean. Values out of
+// range are clamped silently unless a comment says that they are refused.
+//
+// Ownership: arrays stay the caller's. Records returned by pointer are made with new and the caller's to
+// delete.
+#ifndef ZRV_DEVICE_H
+#define ZRV_DEVICE_H
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ZRVDefinitions.h"
+#include "ZRVSerialIO.h"
+
+class ZRV_API ZRVDevice {
+ public:
+  ZRVDevice();
+  // Disconnects.
+  ~ZRVDevice();
+  ZRVDevice(const ZRVDevice&) = delete;
+  ZRVDevice& operator=(const ZRVDevice&) = delete;
+
+  // How the last call ended. Does not clear it.
+  ZRVError GetLastError() const { return lastError_; }
+
+  // "10.7.1.0". The text is static.
+  static const char* GetAPIVersion();
+
+  // --- Finding and connecting ---------------------------------------------------------------------
+
+  // Opens each serial port of the machine in turn and lists the controllers that answer, 12 at most. Call
+  // it while not connected: an open connection is closed first. About a second for each silent port.
+  // A null list: ErrorNotConnected.
+  void GetAvailableDevices(ZRVAvailableDevices* list);
+  ZRVAvailableDevices* GetAvailableDevices();
+
+  // Prints the list to standard output, a line a device.
+  void ListAvailableDevices(ZRVAvailableDevices* list);
+
+  // Connects to the first controller found; none: ErrorNoDeviceFound.
+  void ConnectDevice();
+
+  // Connects to a port: "COM3" or "\\.\COM3" on Windows, "/dev/ttyUSB0" or "ttyUSB0" on Linux. A name of
+  // another form: ErrorInvalidPortName; no such port, or one that may not be opened: ErrorNoDeviceFound.
+  // A new connection starts with the mirror centred and the laser modulation off.
+  void ConnectDevice(const char* portName);
+
+  // Connects through an opened transport. The device owns it from here on, also when connecting fails.
+  // Connecting while connected closes and destroys the old transport first.
+  void ConnectDevice(ZRVSerialIO* transport);
+
+  // Identifies the controller on the connected port, as connecting does.
+  ZRVDeviceParams* CheckConnectDevice();
+
+  void DisconnectDevice();
+
+  // Disconnects and clears the parameter record; the object stays usable.
+  void DeleteDevice();
+
+  bool IsDeviceConnected() const { return port_ != nullptr; }
+
+  // Asks the controller for an acknowledgement. A failure does not resynchronise the link.
+  bool IsDeviceResponding();
+
+  // --- Parameters -----------------------------------------------------------------------------------
+
+  // Reads the whole record. ParamsValid tells whether it arrived in full. Without a connection only the
+  // limits and ParamsValid (0) are filled in.
+  void GetDeviceParams(ZRVDeviceParams* params);
+  ZRVDeviceParams* GetDeviceParams();
+
+  // Applies what differs from the device's own record, skipping values of 1e8 and above (marks of "not
+  // given"). All fields are tried; the highest error code of them stays. Changed read-only fields:
+  // ErrorReadOnlyParam.
+  void SetDeviceParams(ZRVDeviceParams* params);
+
+  // One parameter of the device's own record; ParamDeviceState is read from the controller. The axis (0 X,
+  // else Y) is for ParamOutputOffsets. Unknown: 1e9 and ErrorInvalidParam.
+  float GetDeviceParam(ZRVParam param, int axis = 0);
+
+  // Sets one parameter; nothing is sent when it has that value already. value2 is Y of the output offsets.
+  // NaN, and what no unsigned integer can hold where one is wanted: ErrorInvalidValue.
+  void SetDeviceParam(ZRVParam param, float value1, float value2 = 0);
+
+  // Refreshes the state word, and what is decoded from it, in the device's own record.
+  void GetDeviceState();
+
+  // Refreshes XOffset and YOffset in the device's own record.
+  void GetOutputOffsets();
+
+  // Delay of the hardware filter in samples, at most numSamples - 1; 0 when the filter is off.
+  unsigned int CalcHardwareFilterDelay(unsigned int numSamples) const;
+
+  // Renames the controller: 31 bytes at most, else ErrorInvalidValue.
+  void SetDeviceName(const char* name);
+
+  // Sets the name that a controller falls back to. Without the access code nothing happens.
+  void SetDefaultDeviceName(const char* name, std::string accessCode);
+
+  // Stores the settings in the controller's flash; takes about a second.
+  void SaveToFlash(ZRVFlash what);
+
+  // --- Playing samples ------------------------------------------------------------------------------
+
+  // Loads a block of numSamples samples into the controller; playback goes on as it was.
+  //   x, y            positions, -1..1, clamped
+  //   m               digital byte of each sample
+  //   delaySamples    how much later the digital byte and colour go out than the position (circular);
+  //                   the hardware filter's delay is added
+  //   minimizeJump    begin the block at its sample nearest to where the output last stopped
+  // No more samples are sent than the controller holds. 0 samples or a null array: ErrorInvalidValue.
+  void SendDataStream(float* x, float* y, unsigned char* m, unsigned int numSamples, unsigned int delaySamples,
+                      bool minimizeJump);
+
+  // Plays the loaded block: repeat times (1..32), or without end when repeat is below 1. wait: blocks until
+  // the controller reports the end. Without a connection the last error stays untouched.
+  void StartDataStream(int repeat, bool wait);
+
+  // Ends playback and reads back where the output stopped, for the four calls below. On a lost answer
+  // (ErrorDeviceResponse) position and index read 0, the digital byte is kept.
+  void StopDataStream();
+
+  float GetXStop() const { return xStop_; }          // -1..1
+  float GetYStop() const { return yStop_; }          // -1..1
+  unsigned char GetMStop() const { return mStop_; }  // digital byte
+  unsigned int GetIStop() const { return iStop_; }   // sample index
+
+  // Samples still to play; 1000000000 without a connection, 0 when the answer is lost.
+  unsigned int GetSamplesRemaining();
+
+  bool IsDeviceRunning();
+
+  // --- Position and laser ---------------------------------------------------------------------------
+
+  // Moves to (x, y) smoothly in about milliseconds (1..5000), or at once when that is 0, and stays there with
+  // digital byte m. Outside -1..1: ErrorInvalidValue, nothing sent.
+  void GoToDevicePosition(float x, float y, unsigned char m, unsigned int milliseconds);
+
+  // Clears the output offsets and moves to the centre.
+  void ResetDevicePosition();
+
+  // Laser colours 0x00RRGGBB by sample index, used by the colour output formats. The table has 100000
+  // entries, all white at first. The second form sets one colour (numSamples 0: the whole table).
+  void SetRGBData(unsigned int* rgb, unsigned int numSamples);
+  void SetRGBData(unsigned int rgb, unsigned int numSamples);
+  void GetRGBData(unsigned int* rgb, unsigned int numSamples);
+
+  // Gamma of each channel, 0 and up: sent value = trunc((value / 255) ^ gamma * 255). 1 at first.
+  void SetRGBGammas(float red, float green, float blue);
+
+  // 1 switches the laser boost on, anything else off.
+  void SetLaserBoostEnable(unsigned int enable);
+
+  // --- The link -------------------------------------------------------------------------------------
+
+  // Discards what the controller has sent so far.
+  void ClearInputBuffer();
+
+  // Ends any half-sent frame and drops stale answers.
+  void SendSerialReset();
+
+  void ResetDevice();
+
+ private:
+  struct UintSetter;
+  struct VoltSetter;
+  struct SwitchSetter;
+  struct EnumSetter;
+  class ErrorKeeper;
+
+  // Frames: the command, its acknowledgement, its answer (frames.cpp).
+  void SendSerialCommand(bool waitForAcknowledge);
+  bool Command(unsigned char code, bool waitForAcknowledge = true);
+  bool ReadAnswer(void* answer, unsigned int count, unsigned int timeoutMs);
+  bool CheckAcknowledge(unsigned int timeoutMs, ZRVError onWrongBytes);
+  bool ReadAnswerLine(std::string& line);
+  void PurgeSerialBuffers();
+  bool Connected();
+  void DecodeState(unsigned int state);
+
+  // Discovery (connection.cpp).
+  void CheckConnectDevice(ZRVDeviceParams* params);
+  bool ProbePort(const std::string& path, ZRVDeviceParams* params);
+  void ReleasePort();
+
+  // Parameters (params.cpp, identification.cpp).
+  bool ReadIdentification();
+  bool ReadLimits();
+  void Apply(const UintSetter& setter, unsigned int value);
+  void Apply(const VoltSetter& setter, float volts);
+  void Apply(const SwitchSetter& setter, unsigned int enable);
+  void Apply(const EnumSetter& setter, unsigned int value);
+  void SetUSARTBaudRate(unsigned int baudRate);
+  void SetSampleRate(unsigned int samplesPerSecond);
+  void SetHardwareFilterBw(unsigned int hertz);
+  void SetVdifferenceMax(float volts);
+  void SetVbias(float volts);
+  void SetOutputOffsets(float x, float y);
+  void SetDataScale(float scale);
+  void SetDataRotation(float radians);
+  void SetMEMSDriverEnable(unsigned int enable);
+  void SetDigitalOutputEnable(unsigned int enable);
+  void SetLaserModulationEnable(unsigned int enable);
+  void SetBufferOffset(unsigned int samples);
+  void SetDeviceAxes(ZRVAxes axes);
+  void SetBootParams(ZRVBoot boot);
+  void SetDataMode(ZRVDataMode mode);
+  void SetSyncMode(ZRVSync mode);
+  void SendName(unsigned char code, const char* name);
+
+  // Streaming and position (stream.cpp, position.cpp).
+  void SendBlock(unsigned int numBytes);
+  unsigned int NearestToStop(const float* x, const float* y, unsigned int numSamples) const;
+  unsigned int InterpolateDataTriangle(float* xIn, float* yIn, unsigned char* mIn, float* xOut, float* yOut,
+                                       unsigned char* mOut, unsigned int numSamples);
+
+  ZRVError lastError_ = ErrorNone;
+  std::unique_ptr<ZRVDeviceParams> params_;
+  std::unique_ptr<ZRVTrackParams> track_;
+  std::unique_ptr<ZRVSerialIO> port_;
+
+  float xStop_ = 0.0f;
+  float yStop_ = 0.0f;
+  unsigned char mStop_ = 0;
+  unsigned int iStop_ = 0;
+  unsigned int bytesPerSample_ = 5;
+
+  std::vector<unsigned int> colours_;                                 // 0x00RRGGBB by sample index
+  std::array<std::array<unsigned char, 256>, 3> gammaCurves_;         // red, green, blue
+};
+
+#endif
