@@ -95,7 +95,7 @@ class ZRV_API ZRVDevice {
   float GetDeviceParam(ZRVParam param, int axis = 0);
 
   // Sets one parameter; nothing is sent when it has that value already. value2 is Y of the output offsets.
-  // NaN, and what no unsigned integer can hold where one is wanted: ErrorInvalidValue.
+  // NaN, and a code that no unsigned integer holds: ErrorInvalidValue.
   void SetDeviceParam(ZRVParam param, float value1, float value2 = 0);
 
   // Refreshes the state word, and what is decoded from it, in the device's own record.
@@ -178,34 +178,40 @@ class ZRV_API ZRVDevice {
   void ResetDevice();
 
  private:
-  struct UintSetter;
-  struct VoltSetter;
+  template <typename T>
+  struct Setter;
   struct SwitchSetter;
-  struct EnumSetter;
-  class ErrorKeeper;
 
-  // Frames: the command, its acknowledgement, its answer (frames.cpp).
-  void SendSerialCommand(bool waitForAcknowledge);
+  // Frames: a command, its acknowledgement, its answer (frames.cpp). True means success; otherwise the
+  // last error says why.
+  bool SendSerialCommand(bool waitForAcknowledge);
   bool Command(unsigned char code, bool waitForAcknowledge = true);
+  bool Query(unsigned char code, void* answer, unsigned int count);
+  bool ReadAcknowledge(unsigned int timeoutMs, ZRVError onWrongBytes);
   bool ReadAnswer(void* answer, unsigned int count, unsigned int timeoutMs);
-  bool CheckAcknowledge(unsigned int timeoutMs, ZRVError onWrongBytes);
   bool ReadAnswerLine(std::string& line);
-  void PurgeSerialBuffers();
+  bool Fail(ZRVError error);
   bool Connected();
+  void PurgeSerialBuffers();
   void DecodeState(unsigned int state);
 
   // Discovery (connection.cpp).
   void CheckConnectDevice(ZRVDeviceParams* params);
-  bool ProbePort(const std::string& path, ZRVDeviceParams* params);
-  void ReleasePort();
+  bool ProbePort(const std::string& path, ZRVDeviceParams& params);
 
-  // Parameters (params.cpp, identification.cpp).
+  // The identification answers (identification.cpp).
+  class FieldReader;
   bool ReadIdentification();
   bool ReadLimits();
-  void Apply(const UintSetter& setter, unsigned int value);
-  void Apply(const VoltSetter& setter, float volts);
+  bool ReadInfoLine(unsigned char code);
+
+  // Setters (params.cpp).
+  template <typename T>
+  void Apply(const Setter<T>& setter, T requested, T accepted);
   void Apply(const SwitchSetter& setter, unsigned int enable);
-  void Apply(const EnumSetter& setter, unsigned int value);
+  template <typename T>
+  void ApplyChanged(T wanted, T current, void (ZRVDevice::*set)(T));
+  void Refuse();
   void SetUSARTBaudRate(unsigned int baudRate);
   void SetSampleRate(unsigned int samplesPerSecond);
   void SetHardwareFilterBw(unsigned int hertz);
@@ -222,11 +228,13 @@ class ZRV_API ZRVDevice {
   void SetBootParams(ZRVBoot boot);
   void SetDataMode(ZRVDataMode mode);
   void SetSyncMode(ZRVSync mode);
-  void SendName(unsigned char code, const char* name);
+  bool SendName(unsigned char code, const char* name);
+  void CheckReadOnly(const ZRVDeviceParams& wanted);
 
   // Streaming and position (stream.cpp, position.cpp).
-  void SendBlock(unsigned int numBytes);
+  bool SendBlock(const unsigned char* block, unsigned int numBytes);
   unsigned int NearestToStop(const float* x, const float* y, unsigned int numSamples) const;
+  void SendPoint(float x, float y, unsigned char m, bool minimizeJump);
   unsigned int InterpolateDataTriangle(float* xIn, float* yIn, unsigned char* mIn, float* xOut, float* yOut,
                                        unsigned char* mOut, unsigned int numSamples);
 
