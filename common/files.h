@@ -1,0 +1,45 @@
+// Whole files in one read.
+#ifndef ZRV_COMMON_FILES_H
+#define ZRV_COMMON_FILES_H
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace zrv {
+
+// The bytes of a regular file. Empty when there is no such file, when it cannot be read, or when the path
+// names something whose size says nothing about what reading it would bring (a directory, device or pipe).
+inline std::optional<std::vector<uint8_t>> ReadWholeFile(const char* path) {
+  std::error_code failed;
+  if (path == nullptr || !std::filesystem::is_regular_file(path, failed) || failed) return std::nullopt;
+  const auto size = std::filesystem::file_size(path, failed);
+  std::ifstream file(path, std::ios::binary);
+  if (failed || !file) return std::nullopt;
+
+  std::vector<uint8_t> bytes(size);
+  file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));
+  bytes.resize(static_cast<size_t>(file.gcount()));  // shorter when someone else has cut it meanwhile
+  return bytes;
+}
+
+// Replaces the file's content. False when it cannot be written whole.
+inline bool WriteWholeFile(const char* path, std::span<const uint8_t> bytes) {
+  if (path == nullptr) return false;
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  return !file.fail();
+}
+
+inline std::string_view AsText(std::span<const uint8_t> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+}  // namespace zrv
+
+#endif
