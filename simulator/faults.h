@@ -1,0 +1,86 @@
+// Faults that a simulated controller is asked to make. They act on its answers byte by byte, whatever the
+// bytes mean: acknowledgements, answers and streams alike.
+//
+//   controller.faults().AtByte(2, Fault::Corrupt(0x01));           // third byte from now, once
+//   controller.faults().OnCommand(0xF2, Fault::Drop());            // every answer of the stop command
+//   controller.faults().OnCommand(0xF4, Fault::Delay(0.5), 3);     // first byte behind the acknowledgement
+#ifndef ZRV_SIMULATOR_FAULTS_H
+#define ZRV_SIMULATOR_FAULTS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <random>
+
+namespace zrv::sim {
+
+struct Fault {
+  enum class Kind { kDrop, kCorrupt, kDuplicate, kDelay, kCut };
+  Kind kind = Kind::kDrop;
+  uint8_t mask = 0;   // corrupt: the bits to flip
+  double seconds = 0; // delay: this byte and all behind it come so much later
+
+  static Fault Drop() { return {}; }
+  static Fault Corrupt(uint8_t mask) { return {Kind::kCorrupt, mask, 0}; }
+  static Fault Duplicate() { return {Kind::kDuplicate, 0, 0}; }
+  static Fault Delay(double seconds) { return {Kind::kDelay, 0, seconds}; }
+  static Fault Cut() { return {Kind::kCut, 0, 0}; }  // the link is gone before this byte
+};
+
+// Endless talk: value again and again at this rate, from now on.
+struct Chatter {
+  uint8_t value = 0xB5;
+  double bytesPerSecond = 92160;
+};
+
+class Faults {
+ public:
+  static constexpr int kEveryByte = -1;
+
+  // The byteFromNow-th answer byte from now, 0 being the next; once.
+  void AtByte(uint64_t byteFromNow, Fault fault);
+
+  // Every answer of a command. byteOfAnswer counts from 0 and includes the acknowledgement: what comes
+  // later for the same command counts on (the end-of-play acknowledgement of 0xF3 is bytes 3..5, and so is
+  // the one that follows the raw block of 0xB2). The input streams count as answers of 0xB5.
+  void OnCommand(uint8_t code, Fault fault, int byteOfAnswer = kEveryByte);
+
+  // Each byte is dropped, corrupted, doubled or delayed by 10 ms with this probability, 0..1.
+  void FailRandomly(double probability, uint32_t seed);
+
+  void StopAnswering() { silent_ = true; }
+  void StartChatter(Chatter chatter) { chatter_ = chatter; }
+  void CutLink() { cut_ = true; }
+
+  // A good controller again; a link that was cut stays cut.
+  void Clear();
+
+  bool silent() const { return silent_; }
+  bool linkCut() const { return cut_; }
+  const std::optional<Chatter>& chatter() const { return chatter_; }
+
+  // What happens to the next answer byte, byteOfAnswer of the answer of command code.
+  std::optional<Fault> Next(uint8_t code, uint64_t byteOfAnswer);
+
+ private:
+  struct OnCode {
+    uint8_t code;
+    Fault fault;
+    int byteOfAnswer;
+  };
+  std::optional<Fault> Draw();
+
+  uint64_t count_ = 0;
+  std::map<uint64_t, Fault> atByte_;
+  std::multimap<uint8_t, OnCode> onCommand_;
+  double probability_ = 0;
+  std::mt19937 random_;
+  bool silent_ = false;
+  bool cut_ = false;
+  std::optional<Chatter> chatter_;
+};
+
+}  // namespace zrv::sim
+
+#endif
