@@ -28,10 +28,11 @@ function(zrv_add_test name)
   set_tests_properties(${name} PROPERTIES TIMEOUT 300)
 endfunction()
 
-# A Google Benchmark program of one topic: zrv_add_bench(name sources...).
+# A Google Benchmark program of one topic: zrv_add_bench(name sources...). Its main, in bench/ratios.cpp, prints
+# the ratios that the program states as aims.
 function(zrv_add_bench name)
   add_executable(${name} ${ARGN})
   zrv_own_target(${name})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
-  target_link_libraries(${name} PRIVATE zrv_core zrv_simulator benchmark::benchmark_main)
+  target_link_libraries(${name} PRIVATE zrv_core zrv_simulator zrv_ratios)
 endfunction()

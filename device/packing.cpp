@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 #include "device/protocol.h"
 
@@ -11,120 +10,105 @@ namespace {
 
 using protocol::SampleFormat;
 
-// Samples quantised at a time: the quantising loops vectorise, and their results stay in the first-level cache.
+// Samples worked on at a time: the loop over positions vectorises, and its result stays in the first-level cache.
 constexpr size_t kChunk = 256;
 
 // Truncates (v + 1) * half towards zero, so that -1 gives 0 and +1 the full scale 2 * half.
-void Quantise(const float* values, size_t count, float half, uint16_t* codes) {
-  for (size_t i = 0; i < count; ++i) {
-    float v = values[i];
-    v = v > 1.0f ? 1.0f : v;
-    v = v >= -1.0f ? v : -1.0f;  // NaN too: code 0
-    codes[i] = static_cast<uint16_t>(static_cast<int32_t>((v + 1.0f) * half));
-  }
+uint32_t Quantise(float v, float half) {
+  const float bounded = v > -1.0f ? v : -1.0f;  // NaN too: code 0
+  const float clamped = bounded < 1.0f ? bounded : 1.0f;
+  return static_cast<uint32_t>(static_cast<int32_t>((clamped + 1.0f) * half));
 }
 
-struct Sample {
-  uint32_t x, y;   // quantised
-  uint32_t m;
-  uint32_t colour; // 0x00RRGGBB
-};
-
-void PutXY12(const Sample& s, uint8_t* out) {
-  out[0] = static_cast<uint8_t>(s.x >> 4);
-  out[1] = static_cast<uint8_t>(s.x << 4 | s.y >> 8);
-  out[2] = static_cast<uint8_t>(s.y);
+// 12 bits of X and 12 of Y go out most significant first: the three bytes, first one lowest.
+uint32_t BytesOfXY12(uint32_t x, uint32_t y) {
+  const uint32_t bits = x << 12 | y;
+  return bits >> 16 | (bits & 0xFF00) | (bits & 0xFF) << 16;
 }
 
-// One sample format: full scales of X and Y divided by 2, and the layout of its bytes.
+// The gamma-corrected colour, red lowest.
+uint32_t BytesOfColour(uint32_t colour, const std::array<GammaCurve, 3>& gamma) {
+  return static_cast<uint32_t>(gamma[0][colour >> 16 & 0xFF]) | static_cast<uint32_t>(gamma[1][colour >> 8 & 0xFF]) << 8 |
+         static_cast<uint32_t>(gamma[2][colour & 0xFF]) << 16;
+}
+
+// One sample format. Position() gives the bytes of X and Y, Word() the whole sample; first byte lowest in both.
 template <SampleFormat format>
 struct Layout;
 
 template <>
 struct Layout<protocol::kFormatXY16M> {
-  static constexpr float kHalfX = 32767.5f, kHalfY = 32767.5f;
-  static constexpr bool kColour = false;
-  static void Put(const Sample& s, const std::array<GammaCurve, 3>*, uint8_t* out) {
-    out[0] = static_cast<uint8_t>(s.x);
-    out[1] = static_cast<uint8_t>(s.x >> 8);
-    out[2] = static_cast<uint8_t>(s.y);
-    out[3] = static_cast<uint8_t>(s.y >> 8);
-    out[4] = static_cast<uint8_t>(s.m);
-  }
+  static uint32_t Position(float x, float y) { return Quantise(x, 32767.5f) | Quantise(y, 32767.5f) << 16; }
+  static uint64_t Word(uint32_t xy, uint64_t m, uint32_t, const std::array<GammaCurve, 3>&) { return xy | m << 32; }
 };
 
 template <>
 struct Layout<protocol::kFormatXY12M1> {
-  static constexpr float kHalfX = 2047.5f, kHalfY = 1023.5f;
-  static constexpr bool kColour = false;
-  static void Put(const Sample& s, const std::array<GammaCurve, 3>*, uint8_t* out) {
-    out[0] = static_cast<uint8_t>(s.x >> 4);
-    out[1] = static_cast<uint8_t>(s.x << 4 | s.y >> 7);
-    out[2] = static_cast<uint8_t>(s.y << 1 | (s.m & 1));
+  static uint32_t Position(float x, float y) { return BytesOfXY12(Quantise(x, 2047.5f), Quantise(y, 1023.5f) << 1); }
+  static uint64_t Word(uint32_t xy, uint64_t m, uint32_t, const std::array<GammaCurve, 3>&) {
+    return xy | (m & 1) << 16;
+  }
+};
+
+struct LayoutXY12 {
+  static uint32_t Position(float x, float y) { return BytesOfXY12(Quantise(x, 2047.5f), Quantise(y, 2047.5f)); }
+};
+
+template <>
+struct Layout<protocol::kFormatXY12RGB565> : LayoutXY12 {
+  static uint64_t Word(uint32_t xy, uint64_t m, uint32_t colour, const std::array<GammaCurve, 3>& gamma) {
+    const uint64_t rgb = BytesOfColour(m != 0 ? colour : 0, gamma);
+    const uint64_t first = (rgb & 0xF8) | (rgb >> 13 & 0x07);           // R 7..3, G 7..5
+    const uint64_t second = (rgb >> 5 & 0xE0) | (rgb >> 19 & 0x1F);     // G 4..2, B 7..3
+    return xy | first << 24 | second << 32;
   }
 };
 
 template <>
-struct Layout<protocol::kFormatXY12RGB565> {
-  static constexpr float kHalfX = 2047.5f, kHalfY = 2047.5f;
-  static constexpr bool kColour = true;
-  static void Put(const Sample& s, const std::array<GammaCurve, 3>* gamma, uint8_t* out) {
-    const uint32_t colour = s.m != 0 ? s.colour : 0;
-    const uint32_t red = (*gamma)[0][colour >> 16 & 0xFF];
-    const uint32_t green = (*gamma)[1][colour >> 8 & 0xFF];
-    const uint32_t blue = (*gamma)[2][colour & 0xFF];
-    PutXY12(s, out);
-    out[3] = static_cast<uint8_t>((red & 0xF8) | green >> 5);
-    out[4] = static_cast<uint8_t>((green << 3 & 0xE0) | blue >> 3);
+struct Layout<protocol::kFormatXY12RGB888> : LayoutXY12 {
+  static uint64_t Word(uint32_t xy, uint64_t m, uint32_t colour, const std::array<GammaCurve, 3>& gamma) {
+    return xy | static_cast<uint64_t>(BytesOfColour(m != 0 ? colour : 0, gamma)) << 24;
   }
 };
 
-void PutRGB(uint32_t colour, const std::array<GammaCurve, 3>& gamma, uint8_t* out) {
-  out[0] = gamma[0][colour >> 16 & 0xFF];
-  out[1] = gamma[1][colour >> 8 & 0xFF];
-  out[2] = gamma[2][colour & 0xFF];
+template <>
+struct Layout<protocol::kFormatXY12MRGB> : LayoutXY12 {
+  static uint64_t Word(uint32_t xy, uint64_t m, uint32_t colour, const std::array<GammaCurve, 3>& gamma) {
+    return xy | m << 24 | static_cast<uint64_t>(BytesOfColour(colour, gamma)) << 32;
+  }
+};
+
+// Compilers make one 8-byte store of this.
+template <size_t bytes>
+void Store(uint64_t word, uint8_t* out) {
+  for (size_t i = 0; i < bytes; ++i) out[i] = static_cast<uint8_t>(word >> (8 * i));
 }
 
-template <>
-struct Layout<protocol::kFormatXY12RGB888> {
-  static constexpr float kHalfX = 2047.5f, kHalfY = 2047.5f;
-  static constexpr bool kColour = true;
-  static void Put(const Sample& s, const std::array<GammaCurve, 3>* gamma, uint8_t* out) {
-    PutXY12(s, out);
-    PutRGB(s.m != 0 ? s.colour : 0, *gamma, out + 3);
-  }
-};
-
-template <>
-struct Layout<protocol::kFormatXY12MRGB> {
-  static constexpr float kHalfX = 2047.5f, kHalfY = 2047.5f;
-  static constexpr bool kColour = true;
-  static void Put(const Sample& s, const std::array<GammaCurve, 3>* gamma, uint8_t* out) {
-    PutXY12(s, out);
-    out[3] = static_cast<uint8_t>(s.m);
-    PutRGB(s.colour, *gamma, out + 4);
-  }
-};
-
-// count samples from position onwards, m and colour from markIndex onwards: no index wraps within.
+// count samples from position onwards, m and colour from mark onwards: no index wraps within. A sample is stored
+// with 8 bytes, of which the next sample overwrites the surplus; those that have no such successor in this run are
+// stored exactly.
 template <SampleFormat format>
-void PackRun(const SampleSource& source, size_t position, size_t markIndex, size_t count, uint8_t* out) {
+void PackRun(const SampleSource& source, size_t position, size_t mark, size_t count, uint8_t* out) {
   using Format = Layout<format>;
   constexpr size_t kBytes = protocol::BytesPerSample(format);
-  uint16_t x[kChunk], y[kChunk];
-  while (count > 0) {
-    const size_t n = std::min(count, kChunk);
-    Quantise(source.x + position, n, Format::kHalfX, x);
-    Quantise(source.y + position, n, Format::kHalfY, y);
-    const uint8_t* m = source.m + markIndex;
-    for (size_t i = 0; i < n; ++i) {
-      const uint32_t colour = Format::kColour ? source.colours[markIndex + i] : 0;
-      Format::Put({x[i], y[i], m[i], colour}, source.gamma, out + i * kBytes);
+  constexpr size_t kStoredExactly = 8 / kBytes;
+  const float* x = source.x + position;
+  const float* y = source.y + position;
+  const uint8_t* m = source.m + mark;
+  const uint32_t* colours = source.colours + mark;
+  const auto& gamma = *source.gamma;
+  uint32_t xy[kChunk];
+  for (size_t done = 0; done < count; done += kChunk) {
+    const size_t n = std::min(count - done, kChunk);
+    for (size_t i = 0; i < n; ++i) xy[i] = Format::Position(x[done + i], y[done + i]);
+    const size_t overlapping = n > kStoredExactly ? n - kStoredExactly : 0;
+    size_t i = 0;
+    for (; i < overlapping; ++i, out += kBytes) {
+      Store<8>(Format::Word(xy[i], m[done + i], colours[done + i], gamma), out);
     }
-    position += n;
-    markIndex += n;
-    count -= n;
-    out += n * kBytes;
+    for (; i < n; ++i, out += kBytes) {
+      Store<kBytes>(Format::Word(xy[i], m[done + i], colours[done + i], gamma), out);
+    }
   }
 }
 
