@@ -14,5 +14,6 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/ZRVConfigVersion.cm
 install(FILES cmake/ZRVConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/ZRVConfigVersion.cmake
   DESTINATION ${config_dir})
 
+file(RELATIVE_PATH ZRV_PC_TO_PREFIX /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/zrv.pc.in ${CMAKE_CURRENT_BINARY_DIR}/zrv.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zrv.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
