@@ -55,7 +55,8 @@ class ZRV_API ZRVSerialIO {
   // kReturnAtOnce or kWaitForAll; any other value changes nothing.
   virtual void SetReadTimeoutMode(int mode);
 
-  // Writes count bytes. written, when given, gets the number that went out (also on a failure).
+  // Writes count bytes. written, when given, gets the number that went out (also on a failure). On Linux a
+  // write without a limit still ends with a time-out when the line takes nothing for 5 s.
   virtual int Write(const void* buffer, unsigned int count, unsigned int* written, unsigned int timeoutMs);
 
   // Fills the buffer with 0xDC, then reads up to count bytes, so that bytes that did not arrive can be

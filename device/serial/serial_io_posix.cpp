@@ -27,6 +27,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr unsigned char kFiller = 0xDC;
 constexpr std::chrono::milliseconds kBluetoothConnectTime{3000};
+constexpr unsigned int kStalledWriteMs = 5000;
 
 class FileDescriptor {
  public:
@@ -64,12 +65,13 @@ class Deadline {
   Clock::time_point end_;
 };
 
-// Waits until the line is ready for events. A hang-up counts as ready: the read or write tells.
+// Waits until the line is ready for events. Called once a read or write found nothing to do, so a line that
+// reports but a hang-up or an error is dead.
 int WaitFor(int fd, short events, const Deadline& deadline) {
   for (;;) {
     pollfd line = {fd, events, 0};
     const int ready = poll(&line, 1, deadline.LeftMs());
-    if (ready > 0) return (line.revents & POLLNVAL) != 0 ? ZRVSerialIO::kFailed : ZRVSerialIO::kOk;
+    if (ready > 0) return (line.revents & events) != 0 ? ZRVSerialIO::kOk : ZRVSerialIO::kFailed;
     if (ready == 0 && deadline.LeftMs() == 0) return ZRVSerialIO::kTimeout;
     if (ready < 0 && errno != EINTR) return ZRVSerialIO::kFailed;
   }
@@ -169,13 +171,16 @@ int ZRVSerialIO::Write(const void* buffer, unsigned int count, unsigned int* wri
   if (buffer == nullptr && count > 0) return kFailed;
   const auto* bytes = static_cast<const unsigned char*>(buffer);
   const int fd = port_->line.get();
-  const Deadline deadline(timeoutMs);
+  // Without a limit a write may take as long as it moves: a line that takes nothing at all would hang the caller.
+  const bool unlimited = timeoutMs == kInfinite;
+  Deadline deadline(unlimited ? kStalledWriteMs : timeoutMs);
   unsigned int done = 0;
   int status = kOk;
   while (status == kOk && done < count) {
     const ssize_t moved = RetryOnSignal([&] { return write(fd, bytes + done, count - done); });
     if (moved > 0) {
       done += static_cast<unsigned int>(moved);
+      if (unlimited) deadline = Deadline(kStalledWriteMs);
     } else {
       status = moved == 0 || WouldBlock(moved) ? WaitFor(fd, POLLOUT, deadline) : kFailed;
     }

@@ -132,6 +132,21 @@ TEST_F(SerialIO, AStalledWriteHonoursItsTimeout) {
   EXPECT_LT(moved, 1u << 20);
 }
 
+TEST_F(SerialIO, AWriteWithoutALimitEndsOnceNothingMoves) {
+  const std::string block(1 << 20, 'x');
+  const auto start = Clock::now();
+  std::thread slowReader([&] {
+    for (int i = 0; i < 4; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(300));
+      far.Receive(20000);
+    }
+  });
+  EXPECT_EQ(port.Write(block.data(), 1 << 20, &moved, ZRVSerialIO::kInfinite), 5);
+  slowReader.join();
+  EXPECT_GE(moved, 80000u);
+  EXPECT_GE(MillisecondsSince(start), 1200 + 4900);
+}
+
 TEST_F(SerialIO, AnUnpluggedPortFailsPromptly) {
   std::thread unplug([&] {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
