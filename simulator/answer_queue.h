@@ -21,6 +21,7 @@ class AnswerQueue {
   // When the byte at the front is due; infinity when empty.
   double NextTime() const;
   size_t size() const { return bytes_.size(); }
+  void DropDue(double now);
   void Clear();
 
  private:

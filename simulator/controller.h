@@ -38,6 +38,8 @@
 
 namespace zrv::sim {
 
+struct Command;
+
 // A point that the mirror drew while the controller was playing.
 struct PathPoint {
   double time = 0;          // seconds
@@ -73,8 +75,8 @@ class Controller {
   size_t Available() const { return answers_.Due(now_); }
   // Takes up to buffer.size() of them; returns how many.
   size_t Take(std::span<uint8_t> buffer) { return answers_.Take(buffer, now_); }
-  // Drops what waits for the host, due or not.
-  void DiscardOutput() { answers_.Clear(); }
+  // Drops those, as a purge at the host's end does. What is delayed still comes.
+  void DiscardDue() { answers_.DropDue(now_); }
 
   // Power off and on: what is not in flash is lost. The answers under way too.
   void PowerCycle();
@@ -109,7 +111,8 @@ class Controller {
  private:
   struct Commands;  // the command table and what each command does
   struct FlashImage {
-    Settings settings;
+    std::string factoryName;
+    std::optional<Settings> settings;
     std::vector<Sample> block;
   };
   struct HistoryPoint {
@@ -117,30 +120,30 @@ class Controller {
     uint8_t m = 0;
   };
 
+  static const Command* Find(uint8_t code);  // null for an unknown code
   void Boot();
   void Execute(const Frame& frame);
-  void GiveUpAfterSilence(double now);
+  void GiveUpAfterSilence();
   size_t ReceiveBlock(std::span<const uint8_t> bytes);
   void FinishBlock();
   void Answer(uint8_t code, std::span<const uint8_t> bytes, uint64_t firstByte = 0);
   void RunTicks(uint64_t ticks);
+  void RunClock();
   void Tick();
   void EndOfPlay();
-  void StreamInputs(double time);
-  void Talk(double now);
+  void StreamInputs(double time, const MirrorPosition& mirror);
+  void Talk(double seconds);
   bool StreamsInputs() const { return settings_.dataMode >= 6; }
+  // Tick 0 of the sample clock is to be at this time.
   void RestartClock(double firstTick);
   void ConfigureMirror();
-  MirrorPosition Placed(const Sample& sample) const;
-  double TickTime() const;
-  uint64_t TicksDue(double now) const;
+  double TickTime(uint64_t tick) const;
+  uint64_t TicksDue() const;
   uint16_t AnalogCount(unsigned channel, double time, const MirrorPosition& mirror) const;
-  std::vector<uint8_t> Capture() const;
 
   Options options_;
   Settings settings_;
-  std::string factoryName_;
-  std::optional<FlashImage> flash_;
+  FlashImage flash_;
 
   FrameParser parser_;
   std::vector<uint8_t> received_;  // of the raw block under way
@@ -163,7 +166,7 @@ class Controller {
 
   uint32_t captureLength_ = 0;
   uint64_t sensorSample_ = 0;
-  double chatterSent_ = 0;
+  double chatterCredit_ = 0;  // bytes owed
   std::optional<TrackTarget> trackTarget_;
   std::array<int, 2> trackIntegrals_{};
   uint64_t accepted_ = 0;

@@ -12,6 +12,7 @@
 #include <map>
 #include <optional>
 #include <random>
+#include <vector>
 
 namespace zrv::sim {
 
@@ -73,7 +74,7 @@ class Faults {
 
   uint64_t count_ = 0;
   std::map<uint64_t, Fault> atByte_;
-  std::multimap<uint8_t, OnCode> onCommand_;
+  std::vector<OnCode> onCommand_;
   double probability_ = 0;
   std::mt19937 random_;
   bool silent_ = false;
