@@ -1,0 +1,108 @@
+#include "simulator/frame_parser.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "tests/simulator/host.h"
+
+namespace zrv::sim {
+namespace {
+
+struct StreamCase {
+  const char* name;
+  std::string bytes;
+  std::string answer;
+};
+const StreamCase kStreams[] = {
+    {"lone trailers between frames", "0A 0A " + kRespondFrame + " 0A " + kRespondFrame, kAck + " " + kAck},
+    {"unknown code, then a good frame", "B5 B0 2B 11 06 0A " + kRespondFrame, kAck},
+    {"wrong header: dropped up to its trailer", "B5 B0 2C E3 06 0A " + kRespondFrame, kAck},
+    {"stray byte takes the next frame with it", "55 " + kRespondFrame + " " + kRespondFrame, kAck},
+    {"stray byte ended by a trailer", "55 0A " + kRespondFrame, kAck},
+    {"length below a frame's", "B5 B0 2B E3 05 0A " + kRespondFrame, kAck},
+    {"length above the longest frame", "B5 B0 2B E3 65 0A " + kRespondFrame, kAck},
+    {"length one too long eats the next header", "B5 B0 2B E3 07 0A " + kRespondFrame + " " + kRespondFrame, kAck},
+    {"length one too short", "B5 B0 2B E7 06 01 0A " + kRespondFrame, kAck},
+    {"no trailer", "B5 B0 2B E3 06 0B 0A " + kRespondFrame, kAck},
+    {"trailer's value in a payload", "B5 B0 2B BF 0A 0A 0A 0A 0A 0A B5 B0 2B E4 06 0A", kAck + " 0A 0A 0A 0A"},
+    {"header within a frame", "B5 B0 B5 B0 2B E3 06 0A " + kRespondFrame, kAck},
+    {"trailer cuts a header short", "B5 B0 0A " + kRespondFrame, kAck},
+    {"length byte is a trailer's value, frame cut there", "B5 B0 2B BF 0A 0A 0A", ""},
+};
+
+TEST(FrameParserTest, FindsItsFeetAgain) {
+  for (const StreamCase& c : kStreams) {
+    Host host;
+    EXPECT_EQ(host.Say(c.bytes), c.answer) << c.name;
+  }
+}
+
+TEST(FrameParserTest, BytesMayComeOneByOne) {
+  for (const StreamCase& c : kStreams) {
+    Host host;
+    std::string answer;
+    for (const uint8_t byte : FromHex(c.bytes)) {
+      const std::string part = host.Say(ToHex({byte}));
+      answer += answer.empty() || part.empty() ? part : " " + part;
+    }
+    EXPECT_EQ(answer, c.answer) << c.name;
+  }
+}
+
+TEST(FrameParserTest, AFrameCutShortIsGivenUpAfterASilence) {
+  Host host;
+  EXPECT_EQ(host.Say("B5 B0 2B BA 1F 41 42"), "");
+  host.now += Controller::kFrameSilence / 2;
+  EXPECT_EQ(host.Say(kRespondFrame), "");  // still taken for the name
+  host.now += Controller::kFrameSilence * 2;
+  EXPECT_EQ(host.Say(kRespondFrame), kAck);
+  EXPECT_EQ(host.controller.FramesRejected(), 1u);
+}
+
+TEST(FrameParserTest, ABlockCutShortIsGivenUpAfterASilence) {
+  Host host;
+  host.Say("B5 B0 2B B1 09 0A 00 00 0A");
+  host.Say("B5 B0 2B B2 06 0A 01 02");
+  host.now += Controller::kBlockSilence * 1.5;
+  EXPECT_EQ(host.Say(kRespondFrame), kAck);
+  EXPECT_TRUE(host.controller.Block().empty());
+  EXPECT_EQ(host.Say("B5 B0 2B B2 06 0A"), "") << "the announcement went with it";
+}
+
+TEST(FrameParserTest, RandomBytesNeverKeepItFromAnsweringAgain) {
+  std::mt19937 random(7);
+  for (int round = 0; round < 300; ++round) {
+    Host host;
+    Bytes noise(random() % 400);
+    for (auto& byte : noise) byte = static_cast<uint8_t>(random() % 4 ? random() : FromHex("B5B02B0A")[random() % 4]);
+    host.controller.Receive(noise, host.now);
+    host.now += 2 * Controller::kBlockSilence;
+    host.HearBytes();
+    EXPECT_EQ(host.Say("B5 B0 2B B5 07 00 0A " + kRespondFrame), kAck) << round;
+  }
+}
+
+// Mutated frames reach the commands far more often than noise does.
+TEST(FrameParserTest, MutatedFramesNeverKeepItFromAnsweringAgain) {
+  std::mt19937 random(11);
+  Options options;
+  options.captureCapacity = 1000;
+  Host host(options);
+  for (int round = 0; round < 3000; ++round) {
+    Bytes frame = FromHex("B5 B0 2B 00 06");
+    frame[3] = static_cast<uint8_t>(0x90 + random() % 0x70);
+    for (auto left = random() % 8; left > 0; --left) frame.push_back(static_cast<uint8_t>(random()));
+    frame[4] = static_cast<uint8_t>(frame.size() + 1 + (random() % 8 == 0));
+    frame.push_back(0x0A);
+    host.controller.Receive(frame, host.now);
+    host.now += 0.01;
+    if (round % 50 != 49) continue;
+    host.now += 2 * Controller::kBlockSilence;
+    host.Say("B5 B0 2B B5 07 00 0A");
+    EXPECT_EQ(host.Say(kRespondFrame), kAck) << round;
+  }
+}
+
+}  // namespace
+}  // namespace zrv::sim
