@@ -1,0 +1,371 @@
+// Keypoints to evenly timed samples: how many each segment gets, and where along it they fall.
+//
+// Arithmetic is single precision in the order written; the counts depend on it.
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "ZRVDataGenerator.h"
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+constexpr float kSmallestTotal = 1e-8f;        // keeps divisions by a path length finite
+constexpr float kSmallestAcceleration = 1e-4f; // below it a profile is linear
+constexpr unsigned int kShortestProfile = 6;   // samples; shorter segments run at constant speed
+
+struct Point {
+  float x, y;
+};
+
+struct Path {
+  const float* x;
+  const float* y;
+  const unsigned char* m;
+  const unsigned int* index;  // or null
+  size_t count;
+
+  size_t Segments() const { return count - 1; }
+  bool Blank(size_t i) const { return m[i] == 0; }
+  Point operator[](size_t i) const { return {x[i], y[i]}; }
+  Point Step(size_t i) const { return {x[i + 1] - x[i], y[i + 1] - y[i]}; }
+};
+
+float Length(Point d) { return std::sqrt(d.x * d.x + d.y * d.y); }
+
+// The whole part as a count. Not a number: 0.
+unsigned int Whole(float value) {
+  if (value >= 4294967296.0f) return UINT32_MAX;
+  return value > 0.0f ? static_cast<unsigned int>(value) : 0;
+}
+
+unsigned int RoundHalfUp(float value) {
+  const float floor = std::floor(value);
+  return Whole(value - floor < 0.5f ? floor : std::ceil(value));
+}
+
+struct Outputs {
+  float* x;
+  float* y;
+  unsigned char* m;
+  unsigned int* index;  // or null
+
+  void Fill(size_t first, size_t n, const Path& path, size_t keypoint) const {
+    std::fill_n(x + first, n, path.x[keypoint]);
+    std::fill_n(y + first, n, path.y[keypoint]);
+    FillMarks(first, n, path, keypoint);
+  }
+  void FillMarks(size_t first, size_t n, const Path& path, size_t keypoint) const {
+    std::fill_n(m + first, n, path.m[keypoint]);
+    if (index) std::fill_n(index + first, n, path.index[keypoint]);
+  }
+};
+
+// n points from one to the other, the end left out; share(j) is the part of the way at point j.
+template <typename Share>
+void WriteRamp(float* x, float* y, unsigned int n, Point from, Point to, Share share) {
+  for (unsigned int j = 0; j < n; ++j) {
+    const float s = share(j);
+    x[j] = (1.0f - s) * from.x + s * to.x;
+    y[j] = (1.0f - s) * from.y + s * to.y;
+  }
+}
+
+void WriteSteady(float* x, float* y, unsigned int n, Point from, Point to) {
+  const auto whole = static_cast<float>(n);
+  WriteRamp(x, y, n, from, to, [=](unsigned int j) { return static_cast<float>(j) / whole; });
+}
+
+void WriteSpeedingUp(float* x, float* y, unsigned int n, Point from, Point to) {
+  const auto whole = static_cast<float>(n);
+  WriteRamp(x, y, n, from, to, [=](unsigned int j) {
+    const float t = static_cast<float>(j) / whole;
+    return t * t;
+  });
+}
+
+void WriteSlowingDown(float* x, float* y, unsigned int n, Point from, Point to) {
+  const auto whole = static_cast<float>(n);
+  WriteRamp(x, y, n, from, to, [=](unsigned int j) {
+    const float left = static_cast<float>(n - j) / whole;
+    return 1.0f - left * left;
+  });
+}
+
+// Shares of a segment's length spent speeding up after its start and slowing down into its end. A share f takes
+// 2f / total of the time.
+struct Acceleration {
+  float start, end;
+  float total;  // 1 + start + end, in the order of operations of its profile
+};
+
+// Writes segments one after another, never more than the promised number of samples in all.
+class SegmentWriter {
+ public:
+  SegmentWriter(const Path& path, const Outputs& out, unsigned int numSamples)
+      : path_(path), out_(out), limit_(numSamples + path.Segments()) {}
+
+  size_t Written() const { return written_; }
+
+  void Steady(size_t segment, unsigned int wanted) {
+    const unsigned int n = Granted(wanted);
+    WriteSteady(out_.x + written_, out_.y + written_, n, path_[segment], path_[segment + 1]);
+    Finish(segment, n);
+  }
+
+  // Constant acceleration from rest, constant speed, constant deceleration to rest.
+  void ThreePhase(size_t segment, unsigned int wanted, Acceleration part) {
+    if (wanted < kShortestProfile) return Steady(segment, wanted);
+    const unsigned int n = Granted(wanted);
+    const float twice = 2.0f * static_cast<float>(n);
+    const unsigned int speedUp = std::min(n, Whole(std::ceil(twice * part.start / part.total)));
+    const unsigned int slowDown = std::min(n - speedUp, Whole(std::floor(twice * part.end / part.total)));
+    const unsigned int steady = n - speedUp - slowDown;
+
+    const Point from = path_[segment], to = path_[segment + 1], d = path_.Step(segment);
+    const Point cruise = {from.x + part.start * d.x, from.y + part.start * d.y};
+    const Point brake = {to.x - part.end * d.x, to.y - part.end * d.y};
+    float* x = out_.x + written_;
+    float* y = out_.y + written_;
+    WriteSpeedingUp(x, y, speedUp, from, cruise);
+    WriteSteady(x + speedUp, y + speedUp, steady, cruise, brake);
+    WriteSlowingDown(x + speedUp + steady, y + speedUp + steady, slowDown, brake, to);
+    Finish(segment, n);
+  }
+
+ private:
+  unsigned int Granted(unsigned int wanted) const {
+    return static_cast<unsigned int>(std::min<size_t>(wanted, limit_ - written_));
+  }
+  void Finish(size_t segment, unsigned int n) {
+    out_.FillMarks(written_, n, path_, segment);
+    written_ += n;
+  }
+
+  Path path_;
+  Outputs out_;
+  size_t limit_;
+  size_t written_ = 0;
+};
+
+// What is left to give as the segments are walked; the last one takes it all.
+class Remainder {
+ public:
+  Remainder(unsigned int samples, size_t segments) : left_(samples), segments_(segments) {}
+
+  // A segment of less than a sample: has one all the same, at no cost to the others.
+  void GiveExtra() { ++left_; }
+
+  unsigned int Take(unsigned int wanted) {
+    if (--segments_ == 0) return static_cast<unsigned int>(std::min<uint64_t>(left_, UINT32_MAX));
+    left_ = wanted < left_ ? left_ - wanted : 1;
+    return wanted;
+  }
+
+ private:
+  uint64_t left_;
+  size_t segments_;
+};
+
+// Samples of the linear and trapezoidal profiles, shared out by length: a drawn segment gets blankSpeed
+// times as many for its length as a blank one, and each blank segment at least one.
+struct Budget {
+  float blankLength = 0, drawnLength = 0;
+  float blankSamples = 0, drawnSamples = 0;
+
+  float Nominal(bool blank, float length) const {
+    return blank ? blankSamples * length / blankLength : drawnSamples * length / drawnLength;
+  }
+};
+
+enum class Rounding { floor, none };
+
+// Leaves the lengths of the segments in lengths.
+Budget ShareOut(const Path& path, float* lengths, unsigned int numSamples, float blankSpeed, Rounding rounding) {
+  Budget budget;
+  unsigned int numBlank = 0;
+  for (size_t i = 0; i < path.Segments(); ++i) {
+    lengths[i] = Length(path.Step(i));
+    (path.Blank(i) ? budget.blankLength : budget.drawnLength) += lengths[i];
+    numBlank += path.Blank(i);
+  }
+  const float blank = budget.blankLength = std::max(budget.blankLength, kSmallestTotal);
+  const float drawn = budget.drawnLength = std::max(budget.drawnLength, kSmallestTotal);
+  float share = static_cast<float>(numSamples) * blank / (blankSpeed * drawn + blank);
+  if (rounding == Rounding::floor) share = std::floor(share);
+  const unsigned int blankSamples = Whole(std::max(static_cast<float>(numBlank), share));
+  budget.blankSamples = static_cast<float>(blankSamples);
+  budget.drawnSamples = blankSamples < numSamples ? static_cast<float>(numSamples - blankSamples) : 0.0f;
+  return budget;
+}
+
+// In this order not a number becomes the lower bound.
+float Clamp(float value, float low, float high) { return std::min(std::max(low, value), high); }
+
+// --- Optimized profile
+
+// How corners weigh on a segment.
+struct CornerRule {
+  float weight;            // of a corner, on time and on acceleration
+  float baseAcceleration;  // share of the length, without any corner
+  float speed;             // against a drawn segment
+};
+constexpr CornerRule kDrawnRule = {0.3f, 0.1f, 1.0f};
+constexpr CornerRule kBlankRule = {0.5f, 0.0f, 1.75f};
+
+const CornerRule& RuleOf(const Path& path, size_t segment) { return path.Blank(segment) ? kBlankRule : kDrawnRule; }
+
+// 0 straight on, 0.5 a right angle, 1 back again. Rounding the product of the vectors towards zero, and that
+// of their lengths up, keeps the quotient within -1..1.
+float CornerMeasure(Point in, Point out, float lengths) {
+  float dot = in.x * out.x + in.y * out.y;
+  dot = (dot > 0.0f ? std::floor(dot * 100000.0f) : std::ceil(dot * 100000.0f)) / 100000.0f;
+  const float norm = std::ceil(lengths * 1000000.0f) / 1000000.0f;
+  const double cosine = norm == 0.0f ? static_cast<double>(dot) / 0.000001 : static_cast<double>(dot / norm);
+  return static_cast<float>(std::acos(cosine) / kPi);
+}
+
+// One measure a keypoint. The path is taken as closed: its last keypoint is its first.
+std::vector<float> MeasureCorners(const Path& path, const float* lengths) {
+  const size_t last = path.count - 1;
+  std::vector<float> corners(path.count);
+  for (size_t k = 1; k < last; ++k) {
+    corners[k] = CornerMeasure(path.Step(k - 1), path.Step(k), lengths[k - 1] * lengths[k]);
+  }
+  const Point out = {path.x[1] - path.x[last], path.y[1] - path.y[last]};
+  corners[last] = CornerMeasure(path.Step(last - 1), out, lengths[last - 1] * Length(out));
+  corners[0] = corners[last];
+  return corners;
+}
+
+// Turns the lengths into weights; returns their sum.
+float WeighSegments(const Path& path, const std::vector<float>& corners, float* lengths) {
+  float sum = 0.0f;
+  for (size_t i = 0; i < path.Segments(); ++i) {
+    const CornerRule& rule = RuleOf(path, i);
+    lengths[i] = (1.0f + rule.weight * corners[i] + rule.weight * corners[i + 1]) * lengths[i] / rule.speed;
+    sum += lengths[i];
+  }
+  return sum;
+}
+
+bool IsShort(float share) { return share >= 0.5f && share < 1.0f; }
+
+size_t WriteOptimized(const Path& path, const Outputs& out, unsigned int numSamples, float* lengths) {
+  for (size_t i = 0; i < path.Segments(); ++i) lengths[i] = Length(path.Step(i));
+  const std::vector<float> corners = MeasureCorners(path, lengths);
+  const float sum = WeighSegments(path, corners, lengths);
+  const auto samples = static_cast<float>(numSamples);
+  // Without any length the shares are not numbers: they count as none, and the last segment takes all.
+  const auto shareOf = [=](size_t i) { return samples * lengths[i] / sum; };
+
+  unsigned int numShort = 0;
+  for (size_t i = 0; i < path.Segments(); ++i) numShort += IsShort(shareOf(i));
+  const bool enough = numSamples > numShort && numSamples - numShort > 10;
+
+  Remainder remainder(enough ? numSamples - numShort : numSamples, path.Segments());
+  SegmentWriter writer(path, out, numSamples);
+  for (size_t i = 0; i < path.Segments(); ++i) {
+    const CornerRule& rule = RuleOf(path, i);
+    const float share = shareOf(i);
+    if (IsShort(share)) remainder.GiveExtra();
+    const unsigned int n = share >= 0.5f ? RoundHalfUp(share) : 0;
+    const float start = rule.weight * corners[i] + rule.baseAcceleration;
+    const float end = rule.weight * corners[i + 1] + rule.baseAcceleration;
+    writer.ThreePhase(i, remainder.Take(n), {start, end, start + 1.0f + end});
+  }
+  return writer.Written();
+}
+
+}  // namespace
+
+unsigned int ZRVDataGenerator::InterpolateData(const float* xIn, const float* yIn, const unsigned char* mIn,
+                                               float* xOut, float* yOut, unsigned char* mOut,
+                                               unsigned int numKeypoints, unsigned int numSamples,
+                                               float blankSpeed, float drawAccel, float blankAccel) {
+  if (numKeypoints == 0 || numSamples == 0) return numKeypoints;
+  if (!xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
+  const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
+  if (numKeypoints == 1) {
+    Outputs{xOut, yOut, mOut, nullptr}.Fill(0, numSamples, path, 0);
+  } else if (numSamples <= numKeypoints) {
+    return CopyKeypointsToSamples(xIn, yIn, mIn, xOut, yOut, mOut, static_cast<int>(numKeypoints));
+  }
+  const float speed = Clamp(blankSpeed, 1.0f, 10.0f);
+  const float drawn = Clamp(drawAccel, 0.0f, 0.5f), blank = Clamp(blankAccel, 0.0f, 0.5f);
+  if (drawn >= kSmallestAcceleration || blank >= kSmallestAcceleration) {
+    return InterpolateDataTrapezoidal(xIn, yIn, mIn, xOut, yOut, mOut, numKeypoints, numSamples, speed, drawn,
+                                      blank);
+  }
+  return InterpolateDataLinear(xIn, yIn, mIn, xOut, yOut, mOut, numKeypoints, numSamples, speed);
+}
+
+unsigned int ZRVDataGenerator::InterpolateDataLinear(const float* xIn, const float* yIn, const unsigned char* mIn,
+                                                     float* xOut, float* yOut, unsigned char* mOut,
+                                                     unsigned int numKeypoints, unsigned int numSamples,
+                                                     float blankSpeed) {
+  if (numKeypoints == 0 || !xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
+  AllocInterpData(numKeypoints, numSamples);
+  const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
+  const Budget budget = ShareOut(path, interpData.get(), numSamples, blankSpeed, Rounding::floor);
+  SegmentWriter writer(path, {xOut, yOut, mOut, nullptr}, numSamples);
+  for (size_t i = 0; i < path.Segments(); ++i) {
+    writer.Steady(i, std::max(1u, Whole(budget.Nominal(path.Blank(i), interpData[i]))));
+  }
+  // The closing sample's y is the digital byte as a number; one would expect the keypoint's y. Kept on purpose,
+  // and pinned by the closing samples in interpolation_test.cpp.
+  const size_t last = numKeypoints - 1, end = writer.Written();
+  xOut[end] = xIn[last];
+  yOut[end] = static_cast<float>(mIn[last]);
+  mOut[end] = mIn[last];
+  return static_cast<unsigned int>(end + 1);
+}
+
+unsigned int ZRVDataGenerator::InterpolateDataTrapezoidal(const float* xIn, const float* yIn,
+                                                          const unsigned char* mIn, float* xOut, float* yOut,
+                                                          unsigned char* mOut, unsigned int numKeypoints,
+                                                          unsigned int numSamples, float blankSpeed,
+                                                          float drawAccel, float blankAccel) {
+  if (numKeypoints < 2 || !xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
+  AllocInterpData(numKeypoints, numSamples);
+  const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
+  const Budget budget = ShareOut(path, interpData.get(), numSamples, blankSpeed, Rounding::none);
+  Remainder remainder(numSamples, path.Segments());
+  SegmentWriter writer(path, {xOut, yOut, mOut, nullptr}, numSamples);
+  for (size_t i = 0; i < path.Segments(); ++i) {
+    const float nominal = budget.Nominal(path.Blank(i), interpData[i]);
+    const bool whole = nominal >= 1.0f;
+    if (!whole) remainder.GiveExtra();
+    const float fraction = path.Blank(i) ? blankAccel : drawAccel;
+    writer.ThreePhase(i, remainder.Take(whole ? RoundHalfUp(nominal) : 1),
+                      {fraction, fraction, 2.0f * fraction + 1.0f});
+  }
+  return static_cast<unsigned int>(writer.Written());
+}
+
+unsigned int ZRVDataGenerator::InterpolateDataOptimized(const float* xIn, const float* yIn,
+                                                        const unsigned char* mIn, const unsigned int* idxIn,
+                                                        float* xOut, float* yOut, unsigned char* mOut,
+                                                        unsigned int* idxOut, unsigned int numKeypoints,
+                                                        unsigned int numSamples) {
+  if (numKeypoints == 0 || numSamples == 0) return numKeypoints;
+  if (!xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
+  const Path path{xIn, yIn, mIn, idxIn, numKeypoints};
+  const Outputs out{xOut, yOut, mOut, idxIn ? idxOut : nullptr};
+  if (numKeypoints == 1) {
+    out.Fill(0, numSamples, path, 0);
+    return 0;
+  }
+  if (numSamples <= numKeypoints) numSamples = static_cast<unsigned int>(std::min(numKeypoints * 1.25, 4294967295.0));
+  AllocInterpData(numKeypoints, numSamples);
+  return static_cast<unsigned int>(WriteOptimized(path, out, numSamples, interpData.get()));
+}
+
+unsigned int ZRVDataGenerator::InterpolateDataOptimized(const float* xIn, const float* yIn,
+                                                        const unsigned char* mIn, float* xOut, float* yOut,
+                                                        unsigned char* mOut, unsigned int numKeypoints,
+                                                        unsigned int numSamples) {
+  return InterpolateDataOptimized(xIn, yIn, mIn, nullptr, xOut, yOut, mOut, nullptr, numKeypoints, numSamples);
+}
