@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "ZRVDataGenerator.h"
+#include "generator/euclid.h"
 
 ZRVDataGenerator::ZRVDataGenerator() {
   InitProjectiveTransformMatrix(nullptr, nullptr, projectiveInverse);
@@ -37,15 +38,7 @@ unsigned int ZRVDataGenerator::CopyKeypointsToSamples(const float* xIn, const fl
   return n;
 }
 
-int ZRVDataGenerator::gcd(int a, int b) {
-  while (b != 0) {
-    // 64 bits: the one remainder that overflows 32 is that of INT_MIN and -1.
-    const auto remainder = static_cast<int>(static_cast<int64_t>(a) % b);
-    a = b;
-    b = remainder;
-  }
-  return a;
-}
+int ZRVDataGenerator::gcd(int a, int b) { return static_cast<int>(zrv::Euclid(a, b)); }
 
 // The half period is found by truncation, not by rounding down, so that t below -pi/2 leaves -1..1: kept on
 // purpose, for all phases start at 0.

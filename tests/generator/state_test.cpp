@@ -1,0 +1,102 @@
+#include <atomic>
+#include <climits>
+#include <cstdlib>
+#include <new>
+
+#include "ZRVDataGenerator.h"
+#include "points.h"
+
+namespace {
+std::atomic<size_t> allocations{0};
+std::atomic<size_t> largest{0};
+}  // namespace
+
+// Counts what the calls under test allocate.
+void* operator new(size_t size) {
+  ++allocations;
+  if (size > largest) largest = size;
+  if (void* memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+void* operator new[](size_t size) { return operator new(size); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory, size_t) noexcept { std::free(memory); }
+
+namespace {
+
+using namespace zrv_test;
+
+template <typename Call>
+size_t AllocationsOf(Call call) {
+  const size_t before = allocations;
+  largest = 0;
+  call();
+  return allocations - before;
+}
+
+TEST(GeneratorState, ScratchGrowsInStepsAndNeverShrinks) {
+  ZRVDataGenerator generator;
+  const struct {
+    unsigned int keypoints;
+    size_t floats;  // newly allocated
+  } kRows[] = {{0, 0}, {1, 10000}, {10000, 0}, {10001, 20000}, {500, 0}, {20001, 30000}};
+  for (const auto& row : kRows) {
+    const size_t count = AllocationsOf([&] { generator.AllocInterpData(row.keypoints, 7); });
+    EXPECT_EQ(count, row.floats ? 1u : 0u) << row.keypoints;
+    EXPECT_EQ(largest, row.floats * sizeof(float)) << row.keypoints;
+  }
+  generator.ClearInterpData();
+  EXPECT_EQ(AllocationsOf([&] { generator.AllocInterpData(500, 0); }), 1u) << "after clearing";
+}
+
+TEST(GeneratorState, InterpolatesAfterClearing) {
+  ZRVDataGenerator generator;
+  const Points path{{0, 0, 255}, {1, 0, 255}};
+  for (int round = 0; round < 2; ++round) {
+    Points out(102);
+    EXPECT_EQ(generator.InterpolateDataLinear(path.x.data(), path.y.data(), path.m.data(), out.x.data(),
+                                              out.y.data(), out.m.data(), 2, 100, 1),
+              101u);
+    generator.ClearInterpData();
+    generator.ClearInterpData();
+  }
+}
+
+TEST(GeneratorState, AllocatesOnlyTheCorners) {
+  ZRVDataGenerator generator;
+  std::mt19937 random(1);
+  Points path = RandomPath(random, 1000, 4000), out(30000);
+  generator.AllocInterpData(1000, 0);
+  EXPECT_EQ(0u, AllocationsOf([&] {
+              generator.InterpolateData(path.x.data(), path.y.data(), path.m.data(), out.x.data(), out.y.data(),
+                                        out.m.data(), 1000, 20000, 2, 0.2f, 0.1f);
+              ZRVDataGenerator::CloseCurve(path.x.data(), path.y.data(), path.m.data(), 1000, 5, false);
+              generator.TransformData(path.x.data(), path.y.data(), 1000, 0.5f, 1, 0, 0, true, 0.3f, 0.3f);
+              ZRVDataGenerator::GenerateAnimations(out.x.data(), out.y.data(), out.m.data(), 3, 1000, 20);
+              ZRVDataGenerator::SpirographCurve(out.x.data(), out.y.data(), out.m.data(), 30000, 2, 0, 1, 7, 3, 2);
+            }));
+  EXPECT_EQ(1u, AllocationsOf([&] {
+              generator.InterpolateDataOptimized(path.x.data(), path.y.data(), path.m.data(), out.x.data(),
+                                                 out.y.data(), out.m.data(), 1000, 20000);
+            }));
+}
+
+TEST(GeneratorHelpers, Gcd) {
+  const int kRows[][3] = {{12, 18, 6},  {7, 0, 7},  {0, 5, 5},  {0, 0, 0}, {-4, 6, 2},
+                          {4, -6, -2}, {-6, -4, -2}, {1, 1, 1}, {INT_MIN, -1, -1}, {INT_MIN, 0, INT_MIN}};
+  for (const auto& row : kRows) EXPECT_EQ(ZRVDataGenerator::gcd(row[0], row[1]), row[2]) << row[0] << ", " << row[1];
+}
+
+TEST(GeneratorHelpers, SawIsATriangleWithTheSinesPhase) {
+  const float kPi = 3.14159274f;
+  const float kRows[][2] = {{0, 0},          {kPi / 2, 1},      {kPi, 0},     {1.5f * kPi, -1}, {2 * kPi, 0},
+                            {2.5f * kPi, 1}, {kPi / 4, 0.5f},   {3 * kPi, 0}, {-kPi / 2, -1},
+                            {-kPi, -2}};  // below -pi/2 it leaves -1..1
+  for (const auto& row : kRows) EXPECT_EQ(ZRVDataGenerator::saw(row[0]), row[1]) << row[0];
+  EXPECT_NEAR(ZRVDataGenerator::saw(1000.0f), std::asin(std::sin(1000.0)) * 2 / kPi, 1e-4);
+  EXPECT_TRUE(std::isnan(ZRVDataGenerator::saw(NAN)));
+}
+
+}  // namespace
