@@ -13,11 +13,11 @@ struct Settings {
 };
 
 // Runs a profile into exactly the room that is promised, plus canaries.
-struct Run {
+struct Interpolated {
   Points out;
   unsigned int count = 0;
 
-  Run(const Points& path, unsigned int numKeypoints, unsigned int numSamples, Settings set) {
+  Interpolated(const Points& path, unsigned int numKeypoints, unsigned int numSamples, Settings set) {
     const unsigned int samples = std::max(numSamples, numKeypoints + numKeypoints / 4);
     const size_t room = samples + numKeypoints;
     out = Points(room + 8);
@@ -53,7 +53,7 @@ struct Run {
 };
 
 TEST(InterpolateLinear, TwoKeypointsAndTheClosingSample) {
-  const Run run({{0, 0, 1}, {1, 0, 1}}, 2, 100, {Profile::linear});
+  const Interpolated run({{0, 0, 1}, {1, 0, 1}}, 2, 100, {Profile::linear});
   ASSERT_EQ(run.count, 101u);
   for (unsigned int i = 0; i < 100; ++i) EXPECT_EQ(run.out.x[i], static_cast<float>(i) / 100.0f);
   EXPECT_EQ(run.out.y[99], 0.0f);
@@ -64,7 +64,7 @@ TEST(InterpolateLinear, TwoKeypointsAndTheClosingSample) {
 
 TEST(InterpolateLinear, ClosingSamples) {
   for (int m : {0, 7, 255}) {
-    const Run run({{0, 0, 1}, {0.25f, 0.75f, m}}, 2, 10, {Profile::linear});
+    const Interpolated run({{0, 0, 1}, {0.25f, 0.75f, m}}, 2, 10, {Profile::linear});
     ASSERT_EQ(run.count, 11u);
     EXPECT_EQ(run.out.x[10], 0.25f);
     EXPECT_EQ(run.out.y[10], static_cast<float>(m));
@@ -76,22 +76,22 @@ TEST(InterpolateLinear, ClosingSamples) {
 // return, and 95 for the sides, 23.75 each.
 TEST(InterpolateLinear, BlankSegmentsGoFaster) {
   const Points path{{0, 0, 9}, {1, 0, 9}, {1, 1, 9}, {0, 1, 9}, {0, 0, 0}, {1, 0, 3}};
-  const Run run(path, 6, 100, {Profile::linear, 4});
+  const Interpolated run(path, 6, 100, {Profile::linear, 4});
   EXPECT_EQ(run.With(9), 4 * 23);
   EXPECT_EQ(run.With(0), 5);
   EXPECT_EQ(run.count, 4u * 23 + 5 + 1);
 }
 
 TEST(InterpolateLinear, EveryBlankSegmentGetsASample) {
-  const Points path{{0, 0, 0}, {0.001f, 0, 0}, {0.002f, 0, 5}, {1, 0, 5}};
-  const Run run(path, 4, 50, {Profile::linear, 10});
+  const Points path{{0, 0, 0}, {0.0009765625f, 0, 0}, {0.001953125f, 0, 5}, {1.001953125f, 0, 5}};
+  const Interpolated run(path, 4, 50, {Profile::linear, 10});
   EXPECT_EQ(run.With(0), 2);
   EXPECT_EQ(run.count, 2u + 48 + 1);
 }
 
 // n = 10, f = 0.5: five samples speeding up to the middle, five slowing down, none between.
 TEST(InterpolateTrapezoidal, HalfAndHalf) {
-  const Run run({{0, 0, 1}, {1, 0, 1}}, 2, 10, {Profile::trapezoidal, 1, 0.5f, 0.5f});
+  const Interpolated run({{0, 0, 1}, {1, 0, 1}}, 2, 10, {Profile::trapezoidal, 1, 0.5f, 0.5f});
   ASSERT_EQ(run.count, 10u);
   const float expected[] = {0, 0.02f, 0.08f, 0.18f, 0.32f, 0.5f, 0.68f, 0.82f, 0.92f, 0.98f};
   for (size_t i = 0; i < 10; ++i) EXPECT_NEAR(run.out.x[i], expected[i], 1e-7) << i;
@@ -99,7 +99,7 @@ TEST(InterpolateTrapezoidal, HalfAndHalf) {
 
 // n = 10, f = 0.25: 2nf / (2f + 1) = 3.33, so 4 up, 3 down, 3 between at 0.25 + k / 6.
 TEST(InterpolateTrapezoidal, ThreePhases) {
-  const Run run({{0, 0, 1}, {1, 0, 1}}, 2, 10, {Profile::trapezoidal, 1, 0.25f, 0});
+  const Interpolated run({{0, 0, 1}, {1, 0, 1}}, 2, 10, {Profile::trapezoidal, 1, 0.25f, 0});
   ASSERT_EQ(run.count, 10u);
   const double expected[] = {0,        0.25 / 16, 0.25 / 4, 0.25 * 9 / 16, 0.25, 0.25 + 0.5 / 3, 0.25 + 1.0 / 3,
                              0.75, 0.75 + 0.25 * 5 / 9, 0.75 + 0.25 * 8 / 9};
@@ -107,7 +107,7 @@ TEST(InterpolateTrapezoidal, ThreePhases) {
 }
 
 TEST(InterpolateTrapezoidal, ShortSegmentsRunSteadily) {
-  const Run run({{0, 0, 1}, {1, -1, 1}}, 2, 5, {Profile::trapezoidal, 1, 0.5f, 0.5f});
+  const Interpolated run({{0, 0, 1}, {1, -1, 1}}, 2, 5, {Profile::trapezoidal, 1, 0.5f, 0.5f});
   ASSERT_EQ(run.count, 5u);
   for (unsigned int i = 0; i < 5; ++i) EXPECT_FLOAT_EQ(run.out.y[i], -static_cast<float>(i) / 5);
 }
@@ -115,7 +115,7 @@ TEST(InterpolateTrapezoidal, ShortSegmentsRunSteadily) {
 // Nominal counts 2.5, 2.5, 5: halves round up, the last segment has what is left (10 - 3 - 3 = 4).
 TEST(InterpolateTrapezoidal, HalvesRoundUpAndTheLastTakesTheRest) {
   const Points path{{0, 0, 1}, {0.25f, 0, 2}, {0.5f, 0, 3}, {1, 0, 4}};
-  const Run run(path, 4, 10, {Profile::trapezoidal, 1, 0.1f, 0});
+  const Interpolated run(path, 4, 10, {Profile::trapezoidal, 1, 0.1f, 0});
   EXPECT_EQ(run.count, 10u);
   EXPECT_EQ(run.With(1), 3);
   EXPECT_EQ(run.With(2), 3);
@@ -125,7 +125,7 @@ TEST(InterpolateTrapezoidal, HalvesRoundUpAndTheLastTakesTheRest) {
 
 TEST(InterpolateTrapezoidal, SegmentsBelowASampleAreExtra) {
   const Points path{{0, 0, 1}, {0.001f, 0, 2}, {0.002f, 0, 3}, {1, 0, 4}};
-  const Run run(path, 4, 10, {Profile::trapezoidal, 1, 0.1f, 0});
+  const Interpolated run(path, 4, 10, {Profile::trapezoidal, 1, 0.1f, 0});
   EXPECT_EQ(run.count, 12u);
   EXPECT_EQ(run.With(3), 10);
 }
@@ -134,7 +134,7 @@ TEST(InterpolateTrapezoidal, SegmentsBelowASampleAreExtra) {
 // 10 a side: up ceil(20 * 0.25 / 1.5) = 4, down floor(...) = 3.
 TEST(InterpolateOptimized, SquareCorners) {
   const Points path{{0, 0, 1}, {1, 0, 2}, {1, 1, 3}, {0, 1, 4}, {0, 0, 5}};
-  const Run run(path, 5, 40, {Profile::optimized});
+  const Interpolated run(path, 5, 40, {Profile::optimized});
   ASSERT_EQ(run.count, 40u);
   const double expected[] = {0,        0.25 / 16, 0.25 / 4, 0.25 * 9 / 16, 0.25, 0.25 + 0.5 / 3, 0.25 + 1.0 / 3,
                              0.75, 0.75 + 0.25 * 5 / 9, 0.75 + 0.25 * 8 / 9};
@@ -149,7 +149,7 @@ TEST(InterpolateOptimized, SquareCorners) {
 // 0.5 0.1; 20 samples a segment: ceil(40 * 0.4 / 1.5) = 11 up, floor(40 * 0.1 / 1.5) = 2 down, 7 between.
 TEST(InterpolateOptimized, StraightOnIsNoCorner) {
   const Points path{{0, 0, 1}, {0.5f, 0, 2}, {1, 0, 3}, {0.5f, 0, 4}, {0, 0, 5}};
-  const Run run(path, 5, 80, {Profile::optimized});
+  const Interpolated run(path, 5, 80, {Profile::optimized});
   ASSERT_EQ(run.count, 80u);
   ASSERT_EQ(run.With(1), 20);
   EXPECT_NEAR(run.out.x[10], 0.5 * 0.4 * 100 / 121, 1e-6);
@@ -160,32 +160,32 @@ TEST(InterpolateOptimized, StraightOnIsNoCorner) {
 
 // Drawn out 1 and blank back 1, both ends reversals: weights 1.6 and 2 / 1.75 = 1.142857 of 2.742857.
 TEST(InterpolateOptimized, BlankSegmentsWeighLess) {
-  const Run run({{0, 0, 1}, {1, 0, 0}, {0, 0, 1}}, 3, 96, {Profile::optimized});
+  const Interpolated run({{0, 0, 1}, {1, 0, 0}, {0, 0, 1}}, 3, 96, {Profile::optimized});
   EXPECT_EQ(run.With(1), 56);
   EXPECT_EQ(run.With(0), 40);
 }
 
-// Of total weight about 1.4 a segment of 0.0001 has a share below half a sample of 100, one of 0.01 between
-// half and one.
+// Of a total weight of about 2.9 and 100 samples, a segment of 0.0001 has a share far below half a sample, one of
+// 0.02 a share of 0.69.
 TEST(InterpolateOptimized, TinySegmentsVanishShortOnesHaveOne) {
-  const Points path{{0, 0, 1}, {0.0001f, 0, 2}, {0.0101f, 0, 3}, {1, 0, 4}, {0, 0, 5}};
-  const Run run(path, 5, 100, {Profile::optimized});
+  const Points path{{0, 0, 1}, {0.0001f, 0, 2}, {0.0201f, 0, 3}, {1, 0, 4}, {0, 0, 5}};
+  const Interpolated run(path, 5, 100, {Profile::optimized});
   EXPECT_EQ(run.With(1), 0);
   EXPECT_EQ(run.With(2), 1);
   EXPECT_EQ(run.count, 100u);
 }
 
 TEST(InterpolateOptimized, MoreKeypointsThanSamplesRaisesTheCount) {
-  std::mt19937 random(3);
+  Random random(3);
   Points path = RandomPath(random, 40);
-  for (unsigned int wanted : {1u, 39u, 40u}) EXPECT_GE(Run(path, 40, wanted, {Profile::optimized}).count, 45u);
+  for (unsigned int wanted : {1u, 39u, 40u}) EXPECT_GE(Interpolated(path, 40, wanted, {Profile::optimized}).count, 45u);
   // Equal lengths and corners: exactly trunc(4 * 1.25) = 5 on three sides of a triangle, closed.
   const Points triangle{{0, 0, 1}, {1, 0, 2}, {0.5f, 0.8660254f, 3}, {0, 0, 4}};
-  EXPECT_EQ(Run(triangle, 4, 4, {Profile::optimized}).count, 5u);
+  EXPECT_EQ(Interpolated(triangle, 4, 4, {Profile::optimized}).count, 5u);
 }
 
 TEST(InterpolateOptimized, NoLengthGivesAllToTheLastSegment) {
-  const Run run({{1, 1, 1}, {1, 1, 2}, {1, 1, 3}, {1, 1, 4}}, 4, 50, {Profile::optimized});
+  const Interpolated run({{1, 1, 1}, {1, 1, 2}, {1, 1, 3}, {1, 1, 4}}, 4, 50, {Profile::optimized});
   EXPECT_EQ(run.count, 50u);
   EXPECT_EQ(run.With(3), 50);
   EXPECT_EQ(run.out.x[49], 1.0f);
@@ -211,22 +211,22 @@ TEST(InterpolateData, FrontDoor) {
       {"trapezoidal has none", 2, 10, 0.0002f, 10, 10},
   };
   for (const auto& row : kRows) {
-    const Run run(path, row.keypoints, row.samples, {Profile::front, 1, row.drawAccel, 0});
+    const Interpolated run(path, row.keypoints, row.samples, {Profile::front, 1, row.drawAccel, 0});
     EXPECT_EQ(run.count, row.count) << row.name;
     EXPECT_TRUE(run.out.UntouchedFrom(row.written)) << row.name;
-    if (row.written > 1) EXPECT_NE(run.out.x[row.written - 1], kFloatCanary) << row.name;
+    if (row.written > 1) { EXPECT_NE(run.out.x[row.written - 1], kFloatCanary) << row.name; }
   }
-  const Run one(path, 1, 10, {Profile::front});
+  const Interpolated one(path, 1, 10, {Profile::front});
   EXPECT_EQ(one.out.y[0], 7.0f) << "the closing sample overwrote the first";
   EXPECT_EQ(one.out.y[1], 0.5f);
 }
 
 TEST(InterpolateData, ClampsItsParameters) {
-  std::mt19937 random(5);
+  Random random(5);
   const Points path = RandomPath(random, 12);
   const auto same = [&](Settings wild, Settings tame) {
     wild.profile = tame.profile = Profile::front;
-    const Run a(path, 12, 300, wild), b(path, 12, 300, tame);
+    const Interpolated a(path, 12, 300, wild), b(path, 12, 300, tame);
     return a.count == b.count && a.out.x == b.out.x && a.out.y == b.out.y && a.out.m == b.out.m;
   };
   EXPECT_TRUE(same({{}, 99, 3, 7}, {{}, 10, 0.5f, 0.5f}));
@@ -245,13 +245,13 @@ double ProgressOn(const Points& path, size_t segment, float x, float y) {
 
 // The linear and trapezoidal profiles have no index; distinct bytes stand in for it on paths short enough.
 TEST(InterpolationProperty, SamplesLieOnTheirSegmentsInOrder) {
-  std::mt19937 random(11);
+  Random random(11);
   for (int round = 0; round < 300; ++round) {
     const unsigned int keypoints = 2 + random() % 60, samples = keypoints + 1 + random() % 2000;
     Points path = RandomPath(random, keypoints);
     for (unsigned int i = 0; i < keypoints; ++i) path.m[i] = static_cast<unsigned char>(i);
     for (Profile profile : {Profile::linear, Profile::trapezoidal, Profile::optimized}) {
-      const Run run(path, keypoints, samples, {profile, 3, 0.3f, 0.2f});
+      const Interpolated run(path, keypoints, samples, {profile, 3, 0.3f, 0.2f});
       const unsigned int end = profile == Profile::linear ? run.count - 1 : run.count;
       double before = -1;
       for (unsigned int i = 0; i < end; ++i) {
@@ -261,7 +261,7 @@ TEST(InterpolationProperty, SamplesLieOnTheirSegmentsInOrder) {
           EXPECT_LT(run.out.m[i - 1], segment);
           before = -1;
         }
-        if (profile == Profile::optimized) EXPECT_EQ(run.out.index[i], segment);
+        if (profile == Profile::optimized) { EXPECT_EQ(run.out.index[i], segment); }
         const double now = ProgressOn(path, segment, run.out.x[i], run.out.y[i]);
         EXPECT_GE(now, before - 1e-5);
         EXPECT_LE(now, 1 + 1e-5);
@@ -273,23 +273,23 @@ TEST(InterpolationProperty, SamplesLieOnTheirSegmentsInOrder) {
 }
 
 TEST(InterpolationProperty, CountsArePromised) {
-  std::mt19937 random(12);
+  Random random(12);
   for (int round = 0; round < 500; ++round) {
     const unsigned int keypoints = 2 + random() % 200, samples = 1 + random() % 1000;
     const Points path = RandomPath(random, keypoints);
     const Settings set{Profile::linear, 1 + static_cast<float>(random() % 9), 0.4f, 0.1f};
     const unsigned int segments = keypoints - 1;
-    const Run linear(path, keypoints, samples, set);
+    const Interpolated linear(path, keypoints, samples, set);
     EXPECT_GE(linear.count, segments + 1);
     EXPECT_LE(linear.count, samples + segments + 1);
-    const Run trapezoidal(path, keypoints, samples, {Profile::trapezoidal, set.blankSpeed, 0.4f, 0.1f});
+    const Interpolated trapezoidal(path, keypoints, samples, {Profile::trapezoidal, set.blankSpeed, 0.4f, 0.1f});
     EXPECT_GE(trapezoidal.count, samples);
     EXPECT_LE(trapezoidal.count, samples + segments);
   }
 }
 
 TEST(InterpolationProperty, HostileInputStaysInsideTheArrays) {
-  std::mt19937 random(13);
+  Random random(13);
   const float kWild[] = {NAN, INFINITY, -INFINITY, 3e38f, -3e38f, 1e19f, 1e-40f, 0};
   for (int round = 0; round < 2000; ++round) {
     const unsigned int keypoints = random() % 20, samples = random() % 300;
@@ -300,13 +300,13 @@ TEST(InterpolationProperty, HostileInputStaysInsideTheArrays) {
     }
     const auto wild = [&] { return random() % 2 ? kWild[random() % 8] : static_cast<float>(random() % 40) - 20; };
     const Settings set{static_cast<Profile>(random() % 4), wild(), wild(), wild()};
-    const Run run(path, keypoints, samples, set);  // checks the canaries
+    const Interpolated run(path, keypoints, samples, set);  // checks the canaries
   }
 }
 
 TEST(InterpolationWorkers, FewerSamplesThanBlankSegments) {
   const Points path{{0, 0, 0}, {1, 0, 0}, {0, 0, 0}, {1, 0, 4}, {0, 0, 4}};
-  const Run linear(path, 5, 2, {Profile::linear, 1});
+  const Interpolated linear(path, 5, 2, {Profile::linear, 1});
   EXPECT_EQ(linear.With(0), 3);
   EXPECT_EQ(linear.count, 5u) << "one sample a segment and the closing one: the drawn budget is 0";
 }

@@ -137,9 +137,9 @@ TEST(OptimizeKeypoints, OneLitAmongBlank) {
 
 // A plain restatement over random lists would prove little; these hold whatever the steps inside.
 TEST(KeypointProperty, ClosedBoundedAndDrawnFromTheInput) {
-  std::mt19937 random(21);
+  Random random(21);
   for (int round = 0; round < 1000; ++round) {
-    const unsigned int n = 3 + random() % 60;
+    const unsigned int n = 4 + random() % 60;
     Points p = RandomPath(random, n, n + 4);
     const Points before = p;
     const unsigned int count = Optimize(p, n, random() % (n + 2));
@@ -161,7 +161,7 @@ TEST(KeypointProperty, ClosedBoundedAndDrawnFromTheInput) {
 }
 
 TEST(KeypointProperty, HostileInputStaysInsideTheArrays) {
-  std::mt19937 random(22);
+  Random random(22);
   const float kWild[] = {NAN, INFINITY, -INFINITY, 3e38f, 1e-40f};
   for (int round = 0; round < 500; ++round) {
     const unsigned int n = random() % 20;

@@ -16,6 +16,12 @@ constexpr float kFloatCanary = -12345.5f;
 constexpr unsigned char kByteCanary = 0xA5;
 constexpr unsigned int kIndexCanary = 0xDEADBEEF;
 
+struct Random {
+  explicit Random(unsigned int seed) : engine(seed) {}
+  unsigned int operator()() { return static_cast<unsigned int>(engine()); }
+  std::mt19937 engine;
+};
+
 struct Points {
   std::vector<float> x, y;
   std::vector<unsigned char> m;
@@ -62,13 +68,13 @@ inline std::vector<unsigned int> Head(const std::vector<unsigned int>& values, s
 }
 
 // Bits in common use: whole, repeated and straight-on keypoints, blank runs.
-inline Points RandomPath(std::mt19937& random, unsigned int numKeypoints, size_t room = 0) {
+inline Points RandomPath(Random& random, unsigned int numKeypoints, size_t room = 0) {
   std::uniform_real_distribution<float> place(-1.0f, 1.0f);
   Points path(std::max<size_t>(room, numKeypoints));
   for (size_t i = 0; i < numKeypoints; ++i) {
     const unsigned int kind = random() % 8;
-    path.x[i] = kind == 0 && i > 0 ? path.x[i - 1] : place(random);
-    path.y[i] = kind <= 1 && i > 0 ? path.y[i - 1] : place(random);
+    path.x[i] = kind == 0 && i > 0 ? path.x[i - 1] : place(random.engine);
+    path.y[i] = kind <= 1 && i > 0 ? path.y[i - 1] : place(random.engine);
     path.m[i] = random() % 3 == 0 ? 0 : static_cast<unsigned char>(1 + random() % 255);
     path.index[i] = static_cast<unsigned int>(i);
   }

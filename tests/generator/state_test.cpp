@@ -66,7 +66,7 @@ TEST(GeneratorState, InterpolatesAfterClearing) {
 
 TEST(GeneratorState, AllocatesOnlyTheCorners) {
   ZRVDataGenerator generator;
-  std::mt19937 random(1);
+  Random random(1);
   Points path = RandomPath(random, 1000, 4000), out(30000);
   generator.AllocInterpData(1000, 0);
   EXPECT_EQ(0u, AllocationsOf([&] {
