@@ -18,7 +18,7 @@ find_package_handle_standard_args(ZRVOpenCV REQUIRED_VARS ZRV_OPENCV_LIBRARIES Z
   REASON_FAILURE_MESSAGE "install OpenCV core and imgproc, or configure with -DZRV_WITH_OPENCV=OFF")
 
 if(ZRVOpenCV_FOUND AND NOT TARGET ZRV::opencv)
-  add_library(ZRV::opencv INTERFACE IMPORTED)
+  add_library(ZRV::opencv INTERFACE IMPORTED GLOBAL)
   target_include_directories(ZRV::opencv SYSTEM INTERFACE ${ZRV_OPENCV_INCLUDE_DIR})
   target_link_libraries(ZRV::opencv INTERFACE ${ZRV_OPENCV_LIBRARIES})
 endif()

@@ -36,6 +36,10 @@ inline bool WriteWholeFile(const char* path, std::span<const uint8_t> bytes) {
   return !file.fail();
 }
 
+inline std::span<const uint8_t> AsBytes(std::string_view text) {
+  return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
+}
+
 inline std::string_view AsText(std::span<const uint8_t> bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }

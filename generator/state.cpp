@@ -4,9 +4,10 @@
 #include <cstdint>
 
 #include "ZRVDataGenerator.h"
+#include "generator/content.h"
 #include "generator/euclid.h"
 
-ZRVDataGenerator::ZRVDataGenerator() {
+ZRVDataGenerator::ZRVDataGenerator() : content(std::make_unique<zrv::GeneratorContent>()) {
   InitProjectiveTransformMatrix(nullptr, nullptr, projectiveInverse);
   InitRadialTransformMult(radialEnable);
 }

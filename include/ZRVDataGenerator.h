@@ -34,6 +34,12 @@
 
 #include "ZRVDefinitions.h"
 
+typedef struct _IplImage IplImage;  // OpenCV's; its headers are needed only to make one
+
+namespace zrv {
+struct GeneratorContent;
+}
+
 class ZRV_API ZRVDataGenerator {
  public:
   ZRVDataGenerator();
@@ -116,6 +122,195 @@ class ZRV_API ZRVDataGenerator {
                                     float restitution);
 
   // --- Drawings, text, files and rasters ------------------------------------------------------------
+  //
+  // The loaders report no errors. A file that cannot be opened, or is of another kind, leaves nothing loaded;
+  // memory is taken in proportion to what the file holds, whatever it declares. What is loaded stays until the
+  // next load, the matching Clear, or the end of the object. Only regular files are read.
+
+  // Drawings and animations in the ILDA Image Data Transfer Format: 3D and 2D indexed (0, 1), 2D true colour (5).
+  // Frames of other formats are counted, but their points are dark and at the origin. A file cut short keeps
+  // the whole points that are there.
+  void LoadIldaFile(const char* fileName);
+  void ClearIldaData();
+
+  unsigned int IldaFrameType() const;      // format code
+  unsigned int IldaNumFrames() const;      // as the file declares them; frames are numbered from 1
+  unsigned int IldaNumMaxPoints() const;   // of the largest frame
+  unsigned int IldaNumTotalPoints() const; // of all frames
+
+  // Points of one frame; 0 when there is no such frame.
+  unsigned int IldaFrameSize(unsigned int frame) const;
+
+  // Points of count frames together. A stream of them needs room for count points more, for closing.
+  unsigned int IldaAnimSize(const unsigned int* frames, unsigned int count) const;
+
+  // Writes the listed frames as keypoints, each cleaned and closed by OptimizeKeypoints, then all together centred
+  // and scaled to at most -xScale..xScale, and turned clockwise by yScale radians (it goes where
+  // NormalizeData takes its angle). Frames that are not there are skipped.
+  //   rgb             null, or a colour a keypoint: 0xRRGGBB; black for the indexed formats
+  //   angleX          x = X cos(angleX) + Z sin(angleX)
+  //   angleY          y = Y sin(angleY) + Z cos(angleY): pi / 2 shows a flat drawing upright, 0 gives its depth
+  //   closeCurve      return blank to the first keypoint of each frame, from the last one even if it is dark
+  // Room: IldaAnimSize(frames, count) + count.
+  unsigned int IldaDataStream(float* x, float* y, unsigned char* m, unsigned int* rgb, const unsigned int* frames,
+                              unsigned int count, float xScale, float yScale, float angleX, float angleY,
+                              bool closeCurve);
+  unsigned int IldaDataStream(float* x, float* y, unsigned char* m, const unsigned int* frames,
+                              unsigned int count, float xScale, float yScale, float angleX, float angleY,
+                              bool closeCurve);
+
+  // Keypoints that the last IldaDataStream wrote for its request number 0, 1, ...; 0 when there was none such.
+  unsigned int IldaKeypointCount(unsigned int request) const;
+
+  // Vector fonts: a file of Hershey glyphs, such as hershey.font that is installed with the library, or one made
+  // by the font builder. A file cut short, or one with counts that contradict each other, is not loaded at all.
+  void LoadHersheyFile(const char* fileName);
+  void ClearHersheyData();
+
+  unsigned int HersheyNumOC() const;     // occidental glyphs
+  unsigned int HersheyNumOR() const;     // oriental glyphs
+  unsigned int HersheyNumMath() const;   // entries of the index of mathematical signs
+  unsigned int HersheyNumSym() const;    // entries of the index of symbols
+  unsigned int HersheyNumFonts() const;
+  unsigned int HersheyFontSize() const;  // characters a font, from the space on
+
+  // Glyph numbers of the occidental set; -1 (all ones) when the entry is not there.
+  unsigned int HersheyIndexMath(unsigned int i) const;
+  unsigned int HersheyIndexSym(unsigned int i) const;
+  // entry: character code - 32. -1 also for a character that the font lacks.
+  int HersheyIndexFont(unsigned int font, unsigned int entry) const;
+
+  // Keypoints of glyphs by number, or of length characters of text (one byte each, 32..127). Glyphs and
+  // characters that are not there add nothing.
+  unsigned int HersheyDataSize(const unsigned int* glyphs, unsigned int count, bool occidental) const;
+  unsigned int HersheyDataSize(const char* text, unsigned int length, unsigned int font) const;
+
+  // Writes glyphs as keypoints from left to right, dark between them, centred and scaled to at most
+  // -xScale..xScale, and turned clockwise by yScale radians (0: upright). closeCurve: return along the same way;
+  // otherwise straight and dark.
+  // Room: 2 n - 1 with closeCurve, otherwise n + 1, where n is HersheyDataSize of the same glyphs.
+  unsigned int HersheyDataStream(float* x, float* y, unsigned char* m, const unsigned int* glyphs,
+                                 unsigned int count, bool occidental, float xScale, float yScale, bool closeCurve);
+  unsigned int HersheyDataStream(float* x, float* y, unsigned char* m, const char* text, unsigned int length,
+                                 unsigned int font, float xScale, float yScale, bool closeCurve);
+
+  // "hh : mm : ss" as text: the last four arguments are font, xScale, yScale and closeCurve above. Room: as for
+  // that text of 12 characters.
+  unsigned int DigitalClockCurve(float* x, float* y, unsigned char* m, unsigned int hours, unsigned int minutes,
+                                 unsigned int seconds, unsigned int fontIndex, float fontArg1, float fontArg2,
+                                 bool fontFlag);
+
+  // Point files: text, a sample a line: x and y (clamped to -1..1) and m (0..255); point-time files add the
+  // time t in milliseconds (0..1000). A first line with the word sps gives the rate: "sps 20000". Lines that are
+  // no numbers are left out. Both return the number of points.
+  unsigned int LoadPointFile(const char* fileName);
+  unsigned int LoadPointTimeFile(const char* fileName);
+  void ClearPointFileData();
+  void ClearPointTimeFileData();
+
+  // Makes room for so many points, to load a file of up to that size without allocating. Drops what is held,
+  // unless there is room already.
+  void AllocPointFileData(unsigned int numPoints);
+  void AllocPointTimeFileData(unsigned int numPoints);
+
+  // Points of the file that was loaded last, of either kind: both read the same counter.
+  unsigned int GetPointFileSize() const;
+  unsigned int GetPointTimeFileSize() const;
+  unsigned int GetPointFileSps() const;      // samples per second; 0 when the file gives none
+  unsigned int GetPointTimeFileSps() const;
+
+  // Copy what is held, at most GetPointFileSize() points, and return their number.
+  unsigned int PointFileDataStream(float* x, float* y, unsigned char* m) const;
+  unsigned int PointTimeFileDataStream(float* x, float* y, unsigned char* m, float* t) const;
+
+  // Writes samples as a point file, numbers with six significant digits, with a header unless sps is 0. A
+  // file that cannot be written is not reported.
+  static void ExportFile(const char* fileName, const float* x, const float* y, const unsigned char* m,
+                         unsigned int count, unsigned int sps);
+
+  // The number after "key = " on the first line of a text file that holds that; hexadecimal when "0x" follows.
+  // defaultValue when the file, the key or a number is not there.
+  static float ReadFileParameter(const char* fileName, const char* key, float defaultValue);
+
+  // Rasters choose their own sample rate, between minSps and maxSps, and store it in sps. They return 0 and
+  // write nothing when that cannot be done or the counts are absurd.
+
+  // A raster of lines along y, stacked along x, with smooth turnarounds. Starts and ends at the same point.
+  //   xAmplitude      of the stack of lines; 0 spread for a single line
+  //   yAmplitude      of the sweep, turnarounds included
+  //   numPixels       a line, at least 2
+  //   lineDuration    of its active part, in seconds
+  //   pixelHold       dwell at each pixel and step to the next, instead of a steady sweep
+  //   bidirectional   scan every second line backwards, instead of flying back
+  //   digitalShift    samples by which m is delayed, wrapping around
+  //   rotationAngle   clockwise
+  //   m               bit 0 active part of a line, bit 1 pixel clock, bit 2 first active sample of the
+  //                   frame, bit 7 start of a line (one-way only)
+  // Room, from L = trunc(sps lineDuration) + 2 trunc(sps lineDuration 0.05) and
+  // R = trunc(sps min(lineDuration, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L. The first
+  // is about 60000 samples with up to 25000 pixels in all, unless minSps asks for more.
+  unsigned int LinearRasterPattern(float* x, float* y, unsigned char* m, float xAmplitude, float yAmplitude,
+                                   unsigned int numLines, unsigned int numPixels, float lineDuration,
+                                   bool pixelHold, bool bidirectional, int digitalShift, float rotationAngle,
+                                   unsigned int& sps, int minSps, int maxSps);
+
+  // The same for imaging: four samples a pixel (one when maxSps forbids), no lead-in, one return at the end.
+  // pixelHold is not used. m has no line-start bit; bit 6 marks the active part of backward lines. Room, with
+  // R = trunc(sps min(lineDuration / 2.5, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L.
+  unsigned int LinearRasterPatternImaging(float* x, float* y, unsigned char* m, float xAmplitude,
+                                          float yAmplitude, unsigned int numLines, unsigned int numPixels,
+                                          float lineDuration, bool pixelHold, bool bidirectional,
+                                          int digitalShift, float rotationAngle, unsigned int& sps, int minSps,
+                                          int maxSps);
+
+  // Dwells at each point with its digital byte, then moves on, dark. dwellTimes (one a point, the move included)
+  // and transitionTime in milliseconds. An sps of 0 is replaced by one that makes about 50000 samples; any
+  // other is kept. A dwell no longer than the move shortens this and all further moves to half of it.
+  // Room: the sum of trunc(sps dwell / 1000) + 2 over all points.
+  unsigned int PointToPointPattern(float* x, float* y, unsigned char* m, const float* pointX, const float* pointY,
+                                   const unsigned char* pointM, const float* dwellTimes, int numPoints,
+                                   float transitionTime, unsigned int& sps, int minSps, int maxSps);
+
+  // A bitmap burnt by the laser writer below, upright, x along its rows: resized to numPixels by numLines, dark
+  // burns bright. Needs a library built with OpenCV.
+  //   xAmplitude,     limits of the longer side, -1..1; the shorter follows the image's proportions
+  //   yAmplitude
+  //   image           8 bits a channel; one channel, or three (blue, green, red). Other channel counts are black.
+  //                   Other depths, or null: 0
+  //   binaryImage     full intensity below the threshold and none above; otherwise 255 - grey
+  //   threshold       grey 0..255 below which a pixel counts as dark
+  unsigned int ImageRasterPattern(float* x, float* y, unsigned char* m, float xAmplitude, float yAmplitude,
+                                  unsigned int numLines, unsigned int numPixels, IplImage* image,
+                                  bool binaryImage, int threshold, float lineDuration, bool bidirectional,
+                                  unsigned int& sps, int minSps, int maxSps);
+
+  // Burns an image of numLines by numPixels intensities along x: line 0 at yMin, pixel 0 at xMin, each pixel at
+  // constant speed with its intensity in m. Before the first pixel of a line the mirror gets up to speed, after
+  // the last dark one it comes to rest, both dark and outside the limits; where these leave no room for that
+  // within -1..1, the lines are shortened. Lines without a dark pixel are skipped; the end returns to the start.
+  //   raster          numLines * numPixels intensities, line by line
+  //   lastDarkColumn  a line; what follows it is not burnt. -1: none
+  //   lineDuration    of all pixels of a line, in seconds
+  //   bidirectional   write every second written line backwards
+  // Takes the most samples a pixel that keep the rate within maxSps. 0 when that leaves less than one, or a rate
+  // below minSps, or when nothing is dark.
+  // Room: call it with null x, y and m, which sets sps, writes nothing and returns the same count.
+  unsigned int LaserWriterDataStream(float* x, float* y, unsigned char* m, const unsigned char* raster,
+                                     const int* lastDarkColumn, unsigned int numLines, unsigned int numPixels,
+                                     float lineDuration, bool bidirectional, unsigned int& sps, int minSps,
+                                     int maxSps, float xMin, float xMax, float yMin, float yMax);
+
+  // The laser writer's moves. One segment: numSamples positions from (x0, y0) on towards (x1, y1), which is not
+  // written itself, under constant acceleration and with m = digital. startSpeed is the speed at the start over
+  // the mean speed: 0 from rest, 1 steady, 2 to rest.
+  static unsigned int LaserWriterInterpData1Seg(float* x, float* y, unsigned char* m, float x0, float y0, float x1,
+                                                float y1, unsigned char digital, unsigned int numSamples,
+                                                float startSpeed);
+  // A path: segment i goes from keypoint i to i + 1 with the digital byte, sample count and start speed of
+  // keypoint i. Writes the sum of the first numKeypoints - 1 counts.
+  static unsigned int LaserWriterInterpData(const float* xIn, const float* yIn, const unsigned char* mIn,
+                                            const unsigned int* samplesIn, const float* startSpeedIn, float* xOut,
+                                            float* yOut, unsigned char* mOut, unsigned int numKeypoints);
 
   // --- Keypoints ----------------------------------------------------------------------------------
 
@@ -274,7 +469,8 @@ class ZRV_API ZRVDataGenerator {
   bool projectiveInverse = false;
   bool radialEnable = true;
 
-  // Drawings, text, files and rasters: members.
+  // Loaded drawings, fonts and point files.
+  std::unique_ptr<zrv::GeneratorContent> content;
 
   // Output filter: members.
 

@@ -1,0 +1,131 @@
+#include "generator/ilda_file.h"
+
+#include <algorithm>
+
+#include "common/bytes.h"
+
+namespace zrv {
+namespace {
+
+constexpr uint32_t kMagic = 0x494C4441;  // "ILDA"
+constexpr size_t kColourBytes = 3;       // a palette record
+
+enum Format : unsigned { k3dIndexed = 0, k2dIndexed = 1, kPalette = 2, k2dTrueColour = 5 };
+
+struct SectionHeader {
+  unsigned format = 0, records = 0, frames = 0;
+};
+
+// 32 bytes: magic, 3 reserved, format (2 bytes with the last reserved one), two names, record count,
+// frame number, total frames, scanner, reserved. Only the magic of the whole file is looked at.
+bool ReadHeader(BigEndianReader& in, SectionHeader& header) {
+  BigEndianReader bytes(in.Bytes(32));
+  bytes.Skip(6);
+  header.format = bytes.U16();
+  bytes.Skip(16);
+  header.records = bytes.U16();
+  bytes.Skip(2);
+  header.frames = bytes.U16();
+  return in.ok();
+}
+
+// Formats 0 and 5 have 8-byte records, all others are taken as 6. So format 4 (10 bytes in truth) is cut
+// up wrongly; its points are not decoded anyway, and the counts that follow from it are kept.
+size_t RecordBytes(unsigned format) { return format == k3dIndexed || format == k2dTrueColour ? 8 : 6; }
+
+uint8_t LitFrom(uint8_t status) { return (status & 0x40) != 0 ? 0 : 255; }
+
+int16_t Word(const uint8_t* bytes) { return static_cast<int16_t>(bytes[0] << 8 | bytes[1]); }
+
+void Decode3dIndexed(const uint8_t* record, IldaDrawing& to, size_t i) {
+  to.x[i] = Word(record);
+  to.y[i] = Word(record + 2);
+  to.z[i] = Word(record + 4);
+  to.lit[i] = LitFrom(record[6]);
+}
+
+void Decode2dIndexed(const uint8_t* record, IldaDrawing& to, size_t i) {
+  to.x[i] = Word(record);
+  to.y[i] = Word(record + 2);
+  to.lit[i] = LitFrom(record[4]);
+}
+
+void Decode2dTrueColour(const uint8_t* record, IldaDrawing& to, size_t i) {
+  Decode2dIndexed(record, to, i);
+  to.blue[i] = record[5];
+  to.green[i] = record[6];
+  to.red[i] = record[7];
+}
+
+template <typename DecodeRecord>
+void DecodeEach(std::span<const uint8_t> records, size_t recordBytes, IldaDrawing& to, size_t first,
+                DecodeRecord decode) {
+  const size_t count = records.size() / recordBytes;
+  for (size_t i = 0; i < count; ++i) decode(&records[i * recordBytes], to, first + i);
+}
+
+void DecodeFrame(std::span<const uint8_t> records, IldaDrawing& to, size_t first) {
+  switch (to.frameType) {
+    case k3dIndexed: return DecodeEach(records, 8, to, first, Decode3dIndexed);
+    case k2dIndexed: return DecodeEach(records, 6, to, first, Decode2dIndexed);
+    case k2dTrueColour: return DecodeEach(records, 8, to, first, Decode2dTrueColour);
+    default: return;  // counted, but its points stay dark at the origin
+  }
+}
+
+using Section = std::span<const uint8_t>;  // the records of one frame
+
+// The records of every frame that the file holds at least the header of.
+std::vector<Section> FindFrames(BigEndianReader in, IldaDrawing& drawing) {
+  std::vector<Section> frames;
+  const size_t recordBytes = RecordBytes(drawing.frameType);
+  size_t total = 0;
+  SectionHeader header;
+  while (frames.size() < drawing.frameCount && ReadHeader(in, header)) {
+    const size_t records = std::min<size_t>(header.records, in.Left() / recordBytes);
+    frames.push_back(in.Bytes(records * recordBytes));
+    total += records;
+    drawing.frameEnds.push_back(static_cast<uint32_t>(total));
+    drawing.largestFrame = std::max(drawing.largestFrame, static_cast<unsigned>(records));
+  }
+  return frames;
+}
+
+void SetPointCount(IldaDrawing& drawing, size_t points) {
+  for (auto* words : {&drawing.x, &drawing.y, &drawing.z}) words->assign(points, 0);
+  for (auto* bytes : {&drawing.lit, &drawing.red, &drawing.green, &drawing.blue}) bytes->assign(points, 0);
+}
+
+}  // namespace
+
+IldaFrame IldaDrawing::Frame(unsigned frame) const {
+  if (frame < 1 || frame > frameEnds.size()) return {};
+  const size_t first = frame > 1 ? frameEnds[frame - 2] : 0;
+  return {first, frameEnds[frame - 1] - first};
+}
+
+IldaDrawing DecodeIlda(std::span<const uint8_t> file) {
+  BigEndianReader in(file);
+  if (BigEndianReader(in).U32() != kMagic) return {};
+
+  SectionHeader header;
+  BigEndianReader frames = in;
+  if (!ReadHeader(in, header)) return {};
+  if (header.format == kPalette) {  // at most one, in front; its colours are not used
+    in.Skip(header.records * kColourBytes);
+    frames = in;
+    if (!ReadHeader(in, header)) return {};
+  }
+
+  IldaDrawing drawing;
+  drawing.frameType = header.format;
+  drawing.frameCount = header.frames;
+  const std::vector<Section> sections = FindFrames(frames, drawing);
+  SetPointCount(drawing, drawing.frameEnds.empty() ? 0 : drawing.frameEnds.back());
+  for (size_t i = 0; i < sections.size(); ++i) {
+    DecodeFrame(sections[i], drawing, drawing.Frame(static_cast<unsigned>(i + 1)).first);
+  }
+  return drawing;
+}
+
+}  // namespace zrv

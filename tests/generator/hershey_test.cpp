@@ -1,0 +1,201 @@
+#include "ZRVDataGenerator.h"
+#include "content_files.h"
+#include "generator/hershey_font.h"
+#include "points.h"
+#include "tools/font_builder.h"
+
+namespace {
+
+using namespace zrv_test;
+
+Bytes Words(std::initializer_list<int> words) {
+  Bytes bytes;
+  for (const int word : words) bytes += {static_cast<uint8_t>(word), static_cast<uint8_t>(word >> 8)};
+  return bytes;
+}
+
+// Occidental glyphs 0 (a corner of two strokes), 1 (empty, 10 wide), 2 .. 13 empty, 14 (reversed: two strokes with
+// a gap); oriental glyph 0 (one stroke). One font: ' ' is glyph 1, '!' glyph 0, '"' none, '#' 14.
+Bytes SmallFont() {
+  Bytes file = Words({15, 1, 1, 4, 2, 1});
+  file += Words({3, 3, -5, 5, -5, 5, 1, 5, 5, 1, 5, -5, 0});
+  file += Words({0, 0, -5, 5});
+  for (int i = 2; i < 14; ++i) file += Words({0, 0, 0, 0});
+  file += Words({4, 4, 0, 20, 0, 0, 1, 10, 0, 0, 10, 10, 1, 20, 10, 0});
+  file += Words({2, 2, -1, 1, -1, 0, 1, 1, 0, 0});
+  file += Words({1, 0, -1, 14});
+  file += Words({0, 14, 7});
+  return file;
+}
+
+struct Text {
+  Points out;
+  unsigned count;
+
+  Text(ZRVDataGenerator& g, const std::string& text, bool close = false) {
+    const auto length = static_cast<unsigned>(text.size());
+    const unsigned n = g.HersheyDataSize(text.c_str(), length, 0), room = close ? 2 * n : n + 1;
+    out = Points(room + 8);
+    count = g.HersheyDataStream(out.x.data(), out.y.data(), out.m.data(), text.c_str(), length, 0, 1, 0, close);
+    EXPECT_LE(count, room);
+    EXPECT_TRUE(out.UntouchedFrom(room));
+  }
+};
+
+struct LoadedFont : testing::Test {
+  LoadedFont() {
+    const TempFile file(SmallFont());
+    g.LoadHersheyFile(file.Path());
+  }
+  ZRVDataGenerator g;
+};
+
+TEST_F(LoadedFont, CountsAndIndexesWithTheirEdges) {
+  EXPECT_EQ(g.HersheyNumOC(), 15u);
+  EXPECT_EQ(g.HersheyNumOR(), 1u);
+  EXPECT_EQ(g.HersheyNumFonts(), 1u);
+  EXPECT_EQ(g.HersheyFontSize(), 4u);
+  EXPECT_EQ(g.HersheyIndexMath(1), 14u);
+  EXPECT_EQ(g.HersheyIndexMath(2), 0xFFFFFFFFu);
+  EXPECT_EQ(g.HersheyIndexSym(0), 7u);
+  EXPECT_EQ(g.HersheyIndexSym(~0u), 0xFFFFFFFFu);
+  EXPECT_EQ(g.HersheyIndexFont(0, 3), 14);
+  EXPECT_EQ(g.HersheyIndexFont(0, 2), -1);
+  EXPECT_EQ(g.HersheyIndexFont(0, 4), -1);
+  EXPECT_EQ(g.HersheyIndexFont(1, 0), -1);
+  const unsigned glyphs[] = {0, 14, 15, ~0u, 1};
+  EXPECT_EQ(g.HersheyDataSize(glyphs, 5, true), 7u);
+  EXPECT_EQ(g.HersheyDataSize(glyphs, 5, false), 2u);
+  EXPECT_EQ(g.HersheyDataSize("! \x1f\xe9#\x7f", 6, 0), 7u);  // below the space, above 127, beyond the table
+}
+
+TEST_F(LoadedFont, GlyphsStandSideBySideDarkBetweenThem) {
+  // The corner at 0..10, a gap of 10, the corner at 20..30: 30 wide, so x / 15 - 1; the stretch is x's.
+  const Text t(g, "! !");
+  ASSERT_EQ(t.count, 7u);
+  const float x[] = {0, 10, 10, 20, 30, 30, 0}, y[] = {-5, -5, 5, -5, -5, 5, -5};
+  for (size_t i = 0; i < 7; ++i) {
+    const float span = 30 - (-5.0f);  // the common scale runs from the lowest y to the highest x
+    EXPECT_NEAR(t.out.x[i], 2 * (x[i] - 15) / span, 1e-6) << i;
+    EXPECT_NEAR(t.out.y[i], 2 * y[i] / span, 1e-6) << i;
+  }
+  EXPECT_EQ(Head(t.out.m, 7), (std::vector<int>{255, 255, 0, 255, 255, 0, 255}));
+}
+
+TEST_F(LoadedFont, MissingGlyphsBlankWhatCameBeforeAndTakeNoRoom) {
+  EXPECT_EQ(Text(g, "\"").count, 0u);
+  const Text first(g, "\"!");  // nothing before it to blank
+  EXPECT_EQ(Head(first.out.m, 4), (std::vector<int>{255, 255, 0, 255}));
+  const unsigned glyphs[] = {14, 99};
+  Points out(16);
+  EXPECT_EQ(g.HersheyDataStream(out.x.data(), out.y.data(), out.m.data(), glyphs, 2, true, 1, 0, false), 5u);
+  EXPECT_EQ(out.m[3], 0);
+}
+
+TEST_F(LoadedFont, ReversedGlyphsDrawTheSameStrokesBackwards) {
+  const Text t(g, "##");
+  ASSERT_EQ(t.count, 9u);
+  EXPECT_EQ(Head(t.out.m, 9), (std::vector<int>{255, 0, 255, 0, 255, 0, 255, 0, 255}));
+  EXPECT_GT(t.out.x[0], t.out.x[3]);
+  EXPECT_LT(t.out.y[0], t.out.y[3]);
+  for (const unsigned glyph : {14u, 850u, 1585u, 153u}) EXPECT_TRUE(zrv::IsReversedGlyph(glyph));
+  for (const unsigned glyph : {0u, 15u, 1586u, ~0u}) EXPECT_FALSE(zrv::IsReversedGlyph(glyph));
+  unsigned reversed = 0;
+  for (unsigned glyph = 0; glyph < 2000; ++glyph) reversed += zrv::IsReversedGlyph(glyph);
+  EXPECT_EQ(reversed, 45u);  // 57 numbers, 12 of them repeats
+}
+
+TEST_F(LoadedFont, ClosingRetracesTheWholeText) { EXPECT_EQ(Text(g, "!#", true).count, 13u); }
+
+TEST_F(LoadedFont, TheClockIsTwelveCharactersWhateverTheTime) {
+  Points out(64);
+  // No digits in this font; " : " has four spaces and two glyphs that are not there.
+  EXPECT_EQ(g.DigitalClockCurve(out.x.data(), out.y.data(), out.m.data(), ~0u, ~0u, ~0u, 0, 1, 0, false), 0u);
+  EXPECT_TRUE(out.UntouchedFrom(0));
+}
+
+TEST(HersheyFile, CutShortOrContradictoryIsNotLoaded) {
+  const Bytes good = SmallFont();
+  ASSERT_EQ(zrv::DecodeHersheyFont(good).occidental.Size(), 15u);
+  for (size_t length = 0; length < good.size(); ++length) {
+    const zrv::HersheyFont font = zrv::DecodeHersheyFont(std::span(good).first(length));
+    ASSERT_EQ(font.occidental.Size() + font.fontCount + font.mathIndex.size(), 0u) << length;
+  }
+  for (const int count : {-1, 4, 32767}) {  // of glyph 0, first as it stands in front, then as it is repeated
+    for (const size_t at : {12u, 14u}) {
+      Bytes bad = good;
+      bad[at] = static_cast<uint8_t>(count);
+      bad[at + 1] = static_cast<uint8_t>(count >> 8);
+      EXPECT_EQ(zrv::DecodeHersheyFont(bad).occidental.Size(), 0u) << count << " at " << at;
+    }
+  }
+}
+
+TEST(HersheyFile, MistreatedFilesStayInBounds) {
+  Mistreat(SmallFont(), [](const Bytes& bytes) {
+    const zrv::HersheyFont font = zrv::DecodeHersheyFont(bytes);
+    size_t words = 0;
+    for (unsigned i = 0; i < font.occidental.Size(); ++i) words += 3 + 3 * font.occidental[i].Vertices();
+    EXPECT_EQ(words, font.occidental.words.size());
+    for (unsigned f = 0; f < font.fontCount; ++f) EXPECT_GE(font.Entry(f, font.entriesPerFont - 1), -32768);
+  });
+}
+
+TEST(FontBuilder, ReadsGlyphsWrappedOrNot) {
+  // Bounds -8..8; a stroke (-2,-3) (2,-3), pen up, a stroke (0,1) (3,4).
+  const std::string line = "  501  6JZPOTO RRSUV";
+  for (const std::string& text : {line, line + "\r\n", line.substr(0, 13) + "\n" + line.substr(13) + "\n"}) {
+    const auto glyphs = zrv::ReadJhf(text);
+    ASSERT_TRUE(glyphs && glyphs->size() == 1);
+    EXPECT_EQ((*glyphs)[0].number, 501);
+    EXPECT_EQ((*glyphs)[0].record,
+              (zrv::GlyphRecord{4, -8, 8, -2, -3, 1, 2, -3, 0, 0, 1, 1, 3, 4, 0}));
+  }
+  for (const char* bad : {"  501  6JZPOTO", "x", "12345  0", "  501 -1JZ"}) EXPECT_FALSE(zrv::ReadJhf(bad)) << bad;
+}
+
+TEST(FontBuilder, WritesWhatTheLoaderReads) {
+  const zrv::GlyphRecord stroke = {2, -3, 3, -1, 0, 1, 1, 0, 0}, dot = {1, -1, 1, 0, 0, 0}, none = {0, -4, 4};
+  zrv::FontBuilder builder;
+  builder.AddFont({{12345, none}, {7, stroke}, {12345, dot}});
+  builder.AddFont({{12345, none}, {7, dot}, {7, {1, -9, 9, 0, 0, 0}}});  // known, and number 7 taken
+  builder.AddSymbols({{12345, none}, {12345, dot}});
+  builder.AddOriental({{12345, stroke}});
+  const zrv::HersheyFont font = zrv::DecodeHersheyFont(builder.Build());
+  EXPECT_EQ(font.occidental.Size(), 4003u);
+  EXPECT_EQ(font.oriental.Size(), 1u);
+  EXPECT_EQ(font.fontCount, 2u);
+  EXPECT_EQ(font.Entry(0, 1), 7);
+  EXPECT_EQ(font.Entry(0, 0), 4000);
+  EXPECT_EQ(font.Entry(1, 0), 4000);
+  EXPECT_EQ(font.Entry(1, 1), font.Entry(0, 2));
+  EXPECT_EQ(font.Entry(1, 2), 4002);
+  EXPECT_EQ(font.Entry(1, 3), -1);
+  EXPECT_EQ(font.symbolIndex, (std::vector<uint16_t>{4001}));
+  EXPECT_EQ(font.occidental[7].Vertex(1).x, 1);
+  EXPECT_EQ(font.occidental[7].Right(), 3);
+}
+
+#ifdef ZRV_FONT_FILE
+TEST(DefaultFont, EveryFontHasTheLettersOfTheAlphabet) {
+  ZRVDataGenerator g;
+  g.LoadHersheyFile(ZRV_FONT_FILE);
+  const auto fonts = static_cast<unsigned>(zrv::DefaultFonts().size());
+  ASSERT_EQ(g.HersheyNumFonts(), fonts);
+  EXPECT_EQ(g.HersheyNumOR(), 193u);
+  EXPECT_GT(g.HersheyNumMath(), 100u);
+  EXPECT_GT(g.HersheyNumSym(), 200u);
+  for (unsigned font = 0; font < fonts; ++font) {
+    unsigned visible = 0;
+    for (char c = '!'; c < 127; ++c) visible += g.HersheyDataSize(&c, 1, font) > 1;
+    EXPECT_GT(visible, zrv::DefaultFonts()[font].use == zrv::FontUse::text ? 55u : 30u) << zrv::DefaultFonts()[font].name;
+  }
+  // The clock: 00 : 00 : 00 in the plainest font begins and ends with the same glyph, which is as high as it is.
+  Points out(400);
+  const unsigned n = g.DigitalClockCurve(out.x.data(), out.y.data(), out.m.data(), 0, 0, 0, 0, 1, 0, false);
+  EXPECT_EQ(n, g.HersheyDataSize("00 : 00 : 00", 12, 0) + 1);
+  EXPECT_EQ(*std::max_element(out.y.begin(), out.y.begin() + n), -*std::min_element(out.y.begin(), out.y.begin() + n));
+}
+#endif
+
+}  // namespace

@@ -1,0 +1,188 @@
+#include <numbers>
+
+#include "ZRVDataGenerator.h"
+#include "content_files.h"
+#include "generator/ilda_file.h"
+#include "points.h"
+
+namespace {
+
+using namespace zrv_test;
+
+constexpr float kUpright = std::numbers::pi_v<float> / 2;
+
+Bytes Words(std::initializer_list<int> words) {
+  Bytes bytes;
+  for (const int word : words) bytes += {static_cast<uint8_t>(word >> 8), static_cast<uint8_t>(word)};
+  return bytes;
+}
+
+Bytes Section(int format, int records, int totalFrames, const Bytes& body = {}) {
+  Bytes bytes = FromText("ILDA");
+  bytes += Words({0, format});
+  bytes += Bytes(16, ' ');  // names
+  bytes += Words({records, 0, totalFrames, 0});
+  bytes += body;
+  return bytes;
+}
+
+// Two frames of 3D points: a lit right angle of 3, and 2 points of which the second is blanked.
+Bytes TwoFrames3d() {
+  Bytes file = Section(0, 3, 2, Words({-100, 0, 7, 0x0011, 0, 0, -7, 0, 0, 100, 1, 0x8022}));
+  file += Section(0, 2, 2, Words({1, 2, 3, 0, 4, 5, 6, 0x4000}));
+  return file;
+}
+
+Bytes TrueColour() { return Section(5, 2, 1, Words({10, -20, 0x0033, 0x2211, 30, 40, 0x4066, 0x5544})); }
+
+TEST(Ilda, DecodesEachFormatByHandMadeBytes) {
+  const zrv::IldaDrawing d = zrv::DecodeIlda(TwoFrames3d());
+  EXPECT_EQ(d.frameType, 0u);
+  EXPECT_EQ(d.frameCount, 2u);
+  EXPECT_EQ(d.largestFrame, 3u);
+  EXPECT_EQ(d.x, (std::vector<int16_t>{-100, 0, 0, 1, 4}));
+  EXPECT_EQ(d.y, (std::vector<int16_t>{0, 0, 100, 2, 5}));
+  EXPECT_EQ(d.z, (std::vector<int16_t>{7, -7, 1, 3, 6}));
+  EXPECT_EQ(d.lit, (std::vector<uint8_t>{255, 255, 255, 255, 0}));
+  EXPECT_EQ(d.Frame(2).first, 3u);
+  EXPECT_EQ(d.Frame(2).size, 2u);
+
+  const zrv::IldaDrawing flat = zrv::DecodeIlda(Section(1, 2, 1, Words({10, -20, 0x4000, 30, 40, 0x0005})));
+  EXPECT_EQ(flat.x, (std::vector<int16_t>{10, 30}));
+  EXPECT_EQ(flat.y, (std::vector<int16_t>{-20, 40}));
+  EXPECT_EQ(flat.lit, (std::vector<uint8_t>{0, 255}));
+
+  const zrv::IldaDrawing colour = zrv::DecodeIlda(TrueColour());
+  EXPECT_EQ(colour.red, (std::vector<uint8_t>{0x11, 0x44}));
+  EXPECT_EQ(colour.green, (std::vector<uint8_t>{0x22, 0x55}));
+  EXPECT_EQ(colour.blue, (std::vector<uint8_t>{0x33, 0x66}));
+  EXPECT_EQ(colour.lit, (std::vector<uint8_t>{255, 0}));
+}
+
+TEST(Ilda, WhatIsThereIsKeptWhateverTheCountsSay) {
+  const Bytes two = TwoFrames3d();
+  Bytes afterPalette = Section(2, 2, 99, {1, 2, 3, 4, 5, 6});
+  afterPalette += two;
+  Bytes swapped = two;
+  std::swap(swapped[24], swapped[25]);  // little-endian count: 768 records
+  Bytes wrongMagic = two;
+  wrongMagic[3] = 'B';
+  const struct {
+    const char* name;
+    Bytes file;
+    unsigned frames, points, largest, type;
+  } kCases[] = {
+      {"whole", two, 2, 5, 3, 0},
+      {"palette in front", afterPalette, 2, 5, 3, 0},
+      {"no file at all", {}, 0, 0, 0, 0},
+      {"magic alone", FromText("ILDA"), 0, 0, 0, 0},
+      {"wrong magic", wrongMagic, 0, 0, 0, 0},
+      {"palette and nothing else", Section(2, 2, 9, {1, 2, 3}), 0, 0, 0, 0},
+      {"second header cut", Bytes(two.begin(), two.begin() + 32 + 24 + 31), 2, 3, 3, 0},
+      {"second record cut", Bytes(two.begin(), two.begin() + 32 + 15), 2, 1, 1, 0},
+      {"count of the other byte order", swapped, 2, 3 + 6, 9, 0},
+      {"65535 frames of 65535", Section(5, 0xFFFF, 0xFFFF, Bytes(80)), 0xFFFF, 10, 10, 5},
+      {"format 4 in 6-byte records", Section(4, 5, 1, Bytes(50)), 1, 5, 5, 4},
+      {"no frames declared", Section(0, 1, 0, Bytes(8)), 0, 0, 0, 0},
+  };
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(c.name);
+    const zrv::IldaDrawing d = zrv::DecodeIlda(c.file);
+    EXPECT_EQ(d.frameCount, c.frames);
+    EXPECT_EQ(d.TotalPoints(), c.points);
+    EXPECT_EQ(d.largestFrame, c.largest);
+    EXPECT_EQ(d.frameType, c.type);
+    EXPECT_LE(d.frameEnds.size(), c.file.size() / 32);  // memory follows the file, not its counts
+  }
+}
+
+TEST(Ilda, MistreatedFilesStayInBounds) {
+  for (const Bytes& good : {TwoFrames3d(), TrueColour()}) {
+    Mistreat(good, [&](const Bytes& bytes) {
+      const zrv::IldaDrawing d = zrv::DecodeIlda(bytes);
+      EXPECT_LE(d.TotalPoints() * 6, bytes.size());
+      for (unsigned f = 0; f <= d.frameEnds.size() + 1; ++f) {
+        EXPECT_LE(d.Frame(f).first + d.Frame(f).size, d.x.size());
+      }
+    });
+  }
+}
+
+struct Stream {
+  Points out;
+  unsigned count;
+
+  Stream(ZRVDataGenerator& g, std::vector<unsigned> frames, float angleX, float angleY, bool close) {
+    const auto n = static_cast<unsigned>(frames.size());
+    const unsigned room = g.IldaAnimSize(frames.data(), n) + n;
+    out = Points(room + 8);
+    count = g.IldaDataStream(out.x.data(), out.y.data(), out.m.data(), out.index.data(), frames.data(), n, 1, 0, angleX,
+                             angleY, close);
+    EXPECT_LE(count, room);
+    EXPECT_TRUE(out.UntouchedFrom(room));
+  }
+};
+
+TEST(Ilda, StreamsTheListedFramesClosedAndNormalised) {
+  const TempFile file(TwoFrames3d());
+  ZRVDataGenerator g;
+  g.LoadIldaFile(file.Path());
+  EXPECT_EQ(g.IldaNumTotalPoints(), 5u);
+  EXPECT_EQ(g.IldaFrameSize(1), 3u);
+  EXPECT_EQ(g.IldaFrameSize(2), 2u);
+  for (const unsigned f : {0u, 3u, ~0u}) EXPECT_EQ(g.IldaFrameSize(f), 0u);
+
+  // (-100, 0), (0, 0), (0, 100), centred; the common scale runs from the lowest x to the highest y. Closed dark.
+  // Frames that are not there add nothing.
+  const Stream s(g, {7, 1, 0}, 0, kUpright, false);
+  ASSERT_EQ(s.count, 4u);
+  const float x[] = {-0.5f, 0.5f, 0.5f, -0.5f}, y[] = {-0.5f, -0.5f, 0.5f, -0.5f};
+  for (size_t i = 0; i < 4; ++i) {
+    EXPECT_NEAR(s.out.x[i], x[i], 1e-5) << i;
+    EXPECT_NEAR(s.out.y[i], y[i], 1e-5) << i;
+  }
+  EXPECT_EQ(Head(s.out.m, 4), (std::vector<int>{255, 255, 0, 255}));
+  EXPECT_EQ(g.IldaKeypointCount(0), 0u);
+  EXPECT_EQ(g.IldaKeypointCount(1), 4u);
+  EXPECT_EQ(g.IldaKeypointCount(3), 0u);
+
+  // With angleY 0 the height is the depth: 7, -7, 1 about a centre of 50 (the box is that of x and y).
+  const Stream depth(g, {1}, 0, 0, false);
+  EXPECT_NEAR(depth.out.y[0], 2.0 * (7 - 50) / 200, 1e-5);
+  EXPECT_EQ(Stream(g, {2}, 0, kUpright, true).count, 3u);  // two points, closed on request
+  EXPECT_EQ(Stream(g, {2}, 0, kUpright, false).count, 2u);
+}
+
+TEST(Ilda, ColoursTravelWithTheirKeypoints) {
+  const TempFile file(TrueColour());
+  ZRVDataGenerator g;
+  g.LoadIldaFile(file.Path());
+  const Stream s(g, {1, 1}, 0, kUpright, false);
+  EXPECT_EQ(Head(s.out.index, 4), (std::vector<unsigned>{0x112233, 0x445566, 0x112233, 0x445566}));
+  EXPECT_EQ(Head(s.out.m, 4), (std::vector<int>{255, 0, 255, 0}));
+}
+
+TEST(Ilda, ASinglePointComesOutInTheMiddle) {
+  const TempFile file(Section(1, 1, 1, Words({77, 77, 0})));
+  ZRVDataGenerator g;
+  g.LoadIldaFile(file.Path());
+  const Stream s(g, {1}, 0, kUpright, true);
+  EXPECT_EQ(s.out.x[0], 0.0f);
+  EXPECT_EQ(s.out.y[0], 0.0f);
+}
+
+TEST(Ilda, AFailedLoadLeavesNothing) {
+  const TempFile good(TwoFrames3d()), other(std::string("sps 100\n0 0 0\n"));
+  const std::string directory = std::filesystem::temp_directory_path().string();
+  for (const char* path : {"/no/such/file", directory.c_str(), other.Path(), static_cast<const char*>(nullptr)}) {
+    ZRVDataGenerator g;
+    g.LoadIldaFile(good.Path());
+    ASSERT_EQ(g.IldaNumFrames(), 2u);
+    g.LoadIldaFile(path);
+    EXPECT_EQ(g.IldaNumFrames(), 0u);
+    EXPECT_EQ(g.IldaNumTotalPoints(), 0u);
+    EXPECT_EQ(Stream(g, {1}, 0, 0, true).count, 0u);
+  }
+}
+
+}  // namespace
