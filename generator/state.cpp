@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "ZRVDataGenerator.h"
+#include "dspfilter/filter.h"
 #include "generator/content.h"
 #include "generator/euclid.h"
 

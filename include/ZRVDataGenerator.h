@@ -40,6 +40,10 @@ namespace zrv {
 struct GeneratorContent;
 }
 
+namespace Dsp {
+class Filter;
+}
+
 class ZRV_API ZRVDataGenerator {
  public:
   ZRVDataGenerator();
@@ -450,6 +454,49 @@ class ZRV_API ZRVDataGenerator {
                                       unsigned int numFrames, float angle);
 
   // --- Output filter ------------------------------------------------------------------------------
+  //
+  // A low pass that softens finished samples before they go to the mirror:
+  //
+  //   generator.SetupSoftwareFilter(1, 5, 1000.0f, 20000.0f, true);           // Bessel, 5 poles, 1 kHz
+  //   generator.FilterData(x, y, xSoft, ySoft, numSamples, false);
+
+  // Replaces the filter by one that starts from rest.
+  //   type              1 Bessel, 2 Butterworth, 3 Chebyshev I (1 dB ripple), 4 Chebyshev II (48 dB stopband),
+  //                     5 Elliptic (1 and 48 dB), 6 Legendre, 7 the coefficients of LoadIIRFilterParams(), which
+  //                     no other argument but twoChannels concerns; any other: no filter
+  //   order             number of poles, held in 1..20
+  //   cutoffFrequency   Hz: -3 dB for types 1, 2 and 6, end of the ripple for 3 and 5, start of the stopband
+  //                     for 4. Held in 0.00001..0.49999 of the sample rate; not-a-number: the lowest
+  //   sampleRate        samples a second; not above 0, or not finite: the lowest cutoff
+  //   twoChannels       for x and y together, else for one array
+  void SetupSoftwareFilter(unsigned int type, unsigned int order, float cutoffFrequency, float sampleRate,
+                           bool twoChannels);
+
+  // Filters count samples, xOut may be x and yOut y. Without a filter, or with one for the other number of
+  // channels, the samples are copied; one channel is also copied when count is not above the filter's order.
+  // A null array: nothing happens.
+  //
+  // The state goes on from call to call, so that a long sequence can be filtered in pieces. A sample that is
+  // not a number, or infinite, counts as the last finite one before it.
+  //
+  // zeroPhase: forward, then backward, over the pattern repeated three times, as for one that is played in a
+  // loop; the middle is kept. Nothing is delayed, and every attenuation in dB doubles. The output arrays must
+  // have room for 3 * count values; where a filter applies, all are written. More than 1431655765 samples
+  // are copied.
+  void FilterData(const float* x, const float* y, float* xOut, float* yOut, unsigned int count, bool zeroPhase);
+  void FilterData(const float* data, float* out, unsigned int count, bool zeroPhase);
+
+  // Reads coefficients for filter type 7. Little-endian: u32 sample rate or 0 (not used by the filter), u32
+  // order N, N + 1 doubles b[0]..b[N] (numerator), N + 1 doubles a[0]..a[N] (denominator); N is held in 1..31.
+  // Everything is divided by a[0]; with a[0] 0, or a coefficient that is not finite, type 7 leaves no filter.
+  // A file that cannot be opened, or without its first 8 bytes: order 0 and coefficients that change nothing.
+  // Coefficients cut short change nothing either, but the order is kept.
+  void LoadIIRFilterParams(const char* fileName);
+
+  // Of the filter last set up, or the coefficients last loaded, whichever came later; 0 at first. The sample
+  // rate is rounded down to whole samples a second; for coefficients it is the first value of their file.
+  unsigned int GetIIRFilterOrder() const { return iirFilterOrder; }
+  unsigned int GetIIRFilterSps() const { return iirFilterSps; }
 
   // --- Helpers ------------------------------------------------------------------------------------
 
@@ -472,7 +519,18 @@ class ZRV_API ZRVDataGenerator {
   // Loaded drawings, fonts and point files.
   std::unique_ptr<zrv::GeneratorContent> content;
 
-  // Output filter: members.
+  // Coefficients for a filter given by them; as they are here, they change nothing.
+  struct IIRCoefficients {
+    unsigned int sps = 0;
+    unsigned int order = 0;
+    std::array<double, 32> numerator = {1.0};
+    std::array<double, 32> denominator = {1.0};
+  };
+
+  std::unique_ptr<Dsp::Filter> softwareFilter;
+  unsigned int iirFilterOrder = 0;
+  unsigned int iirFilterSps = 0;
+  IIRCoefficients iirCoefficients;
 
   std::unique_ptr<float[]> interpData;
   unsigned int interpDataSize = 0;
