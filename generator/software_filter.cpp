@@ -44,7 +44,7 @@ unsigned int WholeRate(float samplesPerSecond) {
 
 // One channel's sequence from in to out; three times over when it is to be filtered as periodic.
 void Spread(const float* in, float* out, size_t count, unsigned int times) {
-  if (count > 0) std::memmove(out, in, count * sizeof(float));  // they may be the same
+  if (out != in && count > 0) std::memmove(out, in, count * sizeof(float));
   for (unsigned int i = 1; i < times; ++i) std::copy_n(out, count, out + i * count);
 }
 
