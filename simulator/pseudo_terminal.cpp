@@ -24,8 +24,8 @@ namespace {
 
 constexpr size_t kChunk = 4096;  // what a pseudo-terminal passes at once
 constexpr double kLongestWait = 60;  // seconds
-// How often to look for a client while nobody has the port open. The controller does not hold the port open
-// itself: a lock that a killed client left on it is released only when the last one closes it.
+// How often to look for a client while nobody has the port open. The controller does not hold it open itself:
+// it would not see a client leave, and the next one would find the answers that the last one did not read.
 constexpr double kAbsentWait = 0.01;
 
 int Milliseconds(double seconds) {
@@ -42,11 +42,13 @@ struct PseudoTerminal::Server {
     thread = std::thread([this] { Serve(); });
   }
 
-  ~Server() { Join(); }
-
-  void Join() {
+  ~Server() {
     stopping = true;
     wake.Signal();
+    Join();
+  }
+
+  void Join() {
     if (thread.joinable()) thread.join();
   }
 
@@ -178,7 +180,7 @@ bool PseudoTerminal::Running() const { return server_->running; }
 
 void PseudoTerminal::CutLink() {
   Access([](Controller& controller) { controller.faults().CutLink(); });
-  server_->Join();
+  server_->Join();  // the thread ends once it finds the link cut
 }
 
 PseudoTerminal::Locked::Locked(PseudoTerminal& terminal) : server_(*terminal.server_), lock_(server_.mutex) {

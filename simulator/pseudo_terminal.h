@@ -18,10 +18,10 @@ namespace zrv::sim {
 
 struct PortOptions {
   // Where a link such as ttyUSB0 to the terminal is made (the directory too); empty: no link.
-  std::string portDirectory;
+  std::string portDirectory = {};
   // The link's name; empty: the first free of ttyUSB0, ttyUSB1, ... A link whose simulator is gone is
   // replaced, anything else of that name is left alone and is an error.
-  std::string portName;
+  std::string portName = {};
   // Bytes pass at baud/10 a second in each direction; 0: as fast as they can.
   unsigned int baudRate = 0;
 };
