@@ -68,6 +68,7 @@ inline const std::string kStateFrame = "B5 B0 2B F4 06 0A";
 inline const std::string kRespondFrame = "B5 B0 2B E3 06 0A";
 inline const std::string kRemainingFrame = "B5 B0 2B E2 06 0A";
 inline const std::string kPlayEndlessFrame = "B5 B0 2B F1 06 0A";
+inline const std::string kSetAxesFrame = "B5 B0 2B E7 07 02 0A";
 
 }  // namespace zrv::sim
 

@@ -1,0 +1,110 @@
+// Every fault switch, seen from the host.
+#include "simulator/faults.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/simulator/host.h"
+
+namespace zrv::sim {
+namespace {
+
+// The answer to the state command is B5 B0 0A 00 11.
+struct FaultCase {
+  const char* name;
+  void (*ask)(Faults&);
+  std::string first, second;  // two answers in turn
+};
+const std::string kGood = kAck + " 00 11";
+const FaultCase kFaults[] = {
+    {"none", [](Faults&) {}, kGood, kGood},
+    {"third byte dropped", [](Faults& f) { f.AtByte(2, Fault::Drop()); }, "B5 B0 00 11", kGood},
+    {"first byte corrupted", [](Faults& f) { f.AtByte(0, Fault::Corrupt(0x81)); }, "34 B0 0A 00 11", kGood},
+    {"last byte doubled", [](Faults& f) { f.AtByte(4, Fault::Duplicate()); }, kGood + " 11", kGood},
+    {"a byte of the next answer", [](Faults& f) { f.AtByte(5, Fault::Drop()); }, kGood, "B0 0A 00 11"},
+    {"two bytes", [](Faults& f) { f.AtByte(0, Fault::Drop()); f.AtByte(1, Fault::Drop()); }, "0A 00 11", kGood},
+    {"command, every byte", [](Faults& f) { f.OnCommand(0xF4, Fault::Drop()); }, "", ""},
+    {"command, one byte", [](Faults& f) { f.OnCommand(0xF4, Fault::Corrupt(0xFF), 3); }, kAck + " FF 11", kAck + " FF 11"},
+    {"another command", [](Faults& f) { f.OnCommand(0xF2, Fault::Drop()); }, kGood, kGood},
+    {"silence", [](Faults& f) { f.StopAnswering(); }, "", ""},
+    {"cut in mid-answer", [](Faults& f) { f.AtByte(3, Fault::Cut()); }, kAck, ""},
+    {"cleared", [](Faults& f) { f.StopAnswering(); f.OnCommand(0xF4, Fault::Drop()); f.AtByte(0, Fault::Drop());
+                                f.FailRandomly(1, 1); f.StartChatter({}); f.Clear(); }, kGood, kGood},
+};
+
+TEST(FaultsTest, EachSwitchDoesWhatItSays) {
+  for (const FaultCase& c : kFaults) {
+    Host host;
+    host.Say(kRespondFrame);  // positions count from the call, not from the start
+    c.ask(host.controller.faults());
+    EXPECT_EQ(host.Say(kStateFrame), c.first) << c.name;
+    EXPECT_EQ(host.Say(kStateFrame), c.second) << c.name;
+  }
+}
+
+TEST(FaultsTest, ADelayHoldsUpWhatFollows) {
+  Host host;
+  host.controller.faults().OnCommand(0xF4, Fault::Delay(0.5), 3);
+  EXPECT_EQ(host.Say(kStateFrame), kAck);
+  EXPECT_EQ(host.Say(kRespondFrame), "");
+  EXPECT_NEAR(host.controller.NextEventTime(), host.now + 0.5, 1e-9);
+  host.now += 0.499;
+  EXPECT_EQ(host.Hear(), "");
+  host.now += 0.002;
+  EXPECT_EQ(host.Hear(), "00 11 " + kAck);
+}
+
+TEST(FaultsTest, LateAcknowledgementsOfACommandCountOn) {
+  Host host;
+  host.controller.faults().OnCommand(0xB2, Fault::Corrupt(0x01), 5);
+  host.controller.faults().OnCommand(0xF3, Fault::Drop(), 3);
+  EXPECT_EQ(host.Say("B5 B0 2B B1 09 05 00 00 0A B5 B0 2B B2 06 0A"), kAck + " " + kAck);
+  EXPECT_EQ(host.Say("00 00 00 00 00"), "B5 B0 0B");
+  EXPECT_EQ(host.Say("B5 B0 2B F3 07 01 0A"), kAck);
+  host.now += 1;
+  EXPECT_EQ(host.Hear(), "B0 0A");
+}
+
+TEST(FaultsTest, ChatterTalksAtItsRateUntilCleared) {
+  Host host;
+  host.Hear();
+  host.controller.faults().StartChatter({0x55, 1000});
+  host.now += 0.1;
+  EXPECT_NEAR(static_cast<double>(host.HearBytes().size()), 100, 1);
+  host.now += 1e6;
+  EXPECT_LE(host.HearBytes().size(), host.controller.options().streamBacklog);
+  host.controller.faults().Clear();
+  host.now += 1;
+  EXPECT_EQ(host.Say(kRespondFrame), kAck);
+}
+
+TEST(FaultsTest, RandomFaultsKeepTheirRateAndTheirSeed) {
+  const auto run = [](double probability, uint32_t seed) {
+    Faults faults;
+    faults.FailRandomly(probability, seed);
+    std::string record;
+    for (int i = 0; i < 10000; ++i) record += faults.Next(0xF4, 0) ? 'x' : '.';
+    return record;
+  };
+  const auto share = [](const std::string& record) {
+    return static_cast<double>(std::count(record.begin(), record.end(), 'x')) / 10000;
+  };
+  EXPECT_NEAR(share(run(0.1, 1)), 0.1, 0.012);  // four standard deviations
+  EXPECT_EQ(share(run(0, 1)), 0);
+  EXPECT_EQ(share(run(1, 1)), 1);
+  EXPECT_EQ(run(0.1, 1), run(0.1, 1));
+  EXPECT_NE(run(0.1, 1), run(0.1, 2));
+}
+
+TEST(FaultsTest, ACutLinkIsDeafToo) {
+  Host host;
+  host.controller.faults().CutLink();
+  EXPECT_EQ(host.Say(kSetAxesFrame), "");
+  EXPECT_EQ(host.controller.settings().axes, 0);
+  host.controller.faults().Clear();
+  EXPECT_TRUE(host.controller.faults().linkCut());
+}
+
+}  // namespace
+}  // namespace zrv::sim
