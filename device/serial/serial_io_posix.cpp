@@ -98,6 +98,12 @@ FileDescriptor OpenLine(const char* path) {
   return line;
 }
 
+// The exclusive mark belongs to the line, not to the descriptor: on a pseudo-terminal it outlives the last
+// close, and would lock unprivileged users out of a port that nobody uses any more.
+void Release(const FileDescriptor& line) {
+  if (line.ok()) ioctl(line.get(), TIOCNXCL);
+}
+
 // A Bluetooth port connects only once it is open, and reports a carrier when it did.
 void AwaitBluetoothLink(const char* path, int fd) {
   const std::string_view name(path);
@@ -133,6 +139,7 @@ int ZRVSerialIO::Open(const char* path, unsigned int baudRate, unsigned int, uns
 }
 
 int ZRVSerialIO::Close() {
+  if (port_ != nullptr) Release(port_->line);
   port_.reset();
   return kOk;
 }
@@ -218,7 +225,12 @@ int ZRVSerialIO::Read(void* buffer, unsigned int count, unsigned int* received, 
   return status;
 }
 
-bool ZRVSerialIO::Probe(const char* path) { return path != nullptr && OpenLine(path).ok(); }
+bool ZRVSerialIO::Probe(const char* path) {
+  if (path == nullptr) return false;
+  const FileDescriptor line = OpenLine(path);
+  Release(line);
+  return line.ok();
+}
 
 int ZRVSerialIO::PurgeQueues() {
   if (port_ == nullptr) return kNotOpen;

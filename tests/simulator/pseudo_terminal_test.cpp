@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -14,6 +15,7 @@
 #include <system_error>
 #include <thread>
 
+#include "ZRVSerialIO.h"
 #include "tests/simulator/host.h"
 
 namespace zrv::sim {
@@ -90,6 +92,30 @@ TEST(PseudoTerminalTest, AnswersARawClientAndTheNextOne) {
     EXPECT_EQ(client.Ask(kStateFrame, 5), kAck + " 00 11") << round;
   }
 }
+
+#ifdef TIOCGEXCL
+bool IsExclusive(const std::string& path) {
+  const Client client(path);
+  int exclusive = -1;
+  EXPECT_EQ(ioctl(client.fd(), TIOCGEXCL, &exclusive), 0);
+  return exclusive != 0;
+}
+
+// The mark is asked for, because a privileged user could open a locked port all the same.
+TEST(PseudoTerminalTest, NoLockStaysBehindOurTransport) {
+  PseudoTerminal simulator;
+  {
+    ZRVSerialIO port;
+    ASSERT_EQ(port.Open(simulator.Port().c_str(), 921600, 0, 0), ZRVSerialIO::kOk);
+    EXPECT_TRUE(IsExclusive(simulator.Port()));
+    EXPECT_FALSE(ZRVSerialIO::Probe(simulator.Port().c_str()));
+    EXPECT_TRUE(IsExclusive(simulator.Port())) << "a refused second user must not unlock it";
+  }
+  EXPECT_FALSE(IsExclusive(simulator.Port()));
+  EXPECT_TRUE(ZRVSerialIO::Probe(simulator.Port().c_str()));
+  EXPECT_FALSE(IsExclusive(simulator.Port()));
+}
+#endif
 
 TEST(PseudoTerminalTest, AnswersThatNobodyReadAreNotLeftToTheNextClient) {
   PseudoTerminal simulator;
