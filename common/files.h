@@ -12,14 +12,15 @@
 
 namespace zrv {
 
-// The bytes of a regular file. Empty when there is no such file, when it cannot be read, or when the path
-// names something whose size says nothing about what reading it would bring (a directory, device or pipe).
-inline std::optional<std::vector<uint8_t>> ReadWholeFile(const char* path) {
+// The bytes of a regular file. Empty when there is no such file, when it cannot be read or is larger than
+// maxBytes, or when the path names something whose size says nothing about what reading it would bring (a
+// directory, device or pipe).
+inline std::optional<std::vector<uint8_t>> ReadWholeFile(const char* path, size_t maxBytes = SIZE_MAX) {
   std::error_code failed;
   if (path == nullptr || !std::filesystem::is_regular_file(path, failed) || failed) return std::nullopt;
   const auto size = std::filesystem::file_size(path, failed);
   std::ifstream file(path, std::ios::binary);
-  if (failed || !file) return std::nullopt;
+  if (failed || size > maxBytes || !file) return std::nullopt;
 
   std::vector<uint8_t> bytes(size);
   file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size));

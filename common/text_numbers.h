@@ -78,6 +78,22 @@ inline std::optional<unsigned> TakeUnsigned(std::string_view& text, int base = 1
   return value;
 }
 
+// Takes a decimal integer with an optional sign after any blanks. One beyond 32 bits reads as the limit it
+// passed. Nothing is taken when no digit is there.
+inline std::optional<int> TakeInt(std::string_view& text) {
+  std::string_view rest = text;
+  SkipBlanks(rest);
+  if (rest.starts_with('+') && !rest.starts_with("+-")) rest.remove_prefix(1);
+  int value = 0;
+  const auto end = std::from_chars(rest.data(), rest.data() + rest.size(), value);
+  if (end.ec == std::errc::invalid_argument) return {};
+  if (end.ec == std::errc::result_out_of_range) {
+    value = rest.starts_with('-') ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
+  }
+  text = rest.substr(static_cast<size_t>(end.ptr - rest.data()));
+  return value;
+}
+
 // Six significant digits, the shorter of plain and exponent form: what a stream writes by default.
 inline void AppendFloat(std::string& text, float value) {
   char digits[32];

@@ -16,6 +16,7 @@ constexpr unsigned int kDefaultReadTimeoutMs = 2000;  // each acknowledgement an
 constexpr unsigned int kDefaultCapacity = 25000;      // samples
 constexpr size_t kReceiveBufferBytes = 500000;
 constexpr unsigned int kClearReadBytes = 131072;      // also the driver's queue sizes
+constexpr uint8_t kFiller = 0xDC;                    // what an answer byte that did not arrive reads as
 constexpr size_t kMoveSamples = 50000;                // longest move to a position
 
 // The command byte, its payload and the payload's length. Filled by chaining:

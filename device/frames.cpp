@@ -13,7 +13,6 @@ using namespace zrv::protocol;
 
 namespace {
 
-constexpr uint8_t kFiller = 0xDC;  // what an answer byte that did not arrive reads as
 constexpr unsigned int kLineByteTimeoutMs = 1000;
 constexpr size_t kLineBufferBytes = 81;
 
@@ -70,9 +69,14 @@ bool ZRVDevice::ReadAcknowledge(unsigned int timeoutMs, ZRVError onWrongBytes) {
   return answer == kAcknowledge || Fail(onWrongBytes);
 }
 
+// The filler goes in here as well as in the transport: a transport of the caller's may not know of it.
+bool ZRVDevice::ReadBytes(void* bytes, unsigned int count, unsigned int timeoutMs) {
+  std::memset(bytes, kFiller, count);
+  return port_->Read(bytes, count, nullptr, timeoutMs, ZRVSerialIO::kWaitForAll) == ZRVSerialIO::kOk;
+}
+
 bool ZRVDevice::ReadAnswer(void* answer, unsigned int count, unsigned int timeoutMs) {
-  std::memset(answer, kFiller, count);
-  if (port_->Read(answer, count, nullptr, timeoutMs, ZRVSerialIO::kWaitForAll) == ZRVSerialIO::kOk) return true;
+  if (ReadBytes(answer, count, timeoutMs)) return true;
   lastError_ = ErrorDeviceResponse;
   return false;
 }

@@ -2,11 +2,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 
 #include "ZRVDevice.h"
 #include "common/bytes.h"
 #include "device/command_buffer.h"
+#include "device/field_reader.h"
 #include "device/protocol.h"
 
 using namespace zrv;
@@ -14,10 +14,7 @@ using namespace zrv::protocol;
 
 namespace {
 
-constexpr unsigned int kFieldTimeoutMs = 50;
 constexpr float kScaleCounts = 32767.0f;     // data scale 1
-constexpr float kOffsetCounts = 32767.0f;    // offset 1; offset 0 is count 32768
-constexpr float kOffsetZero = 32768.0f;
 constexpr float kRotationCounts = 16383.0f;  // cosine 1; cosine 0 is count 16384
 constexpr float kRotationZero = 16384.0f;
 
@@ -26,10 +23,6 @@ float DecodeRotation(uint32_t count) {
   const float cosine = (static_cast<float>(count) - kRotationZero) / kRotationCounts;
   return static_cast<float>(std::acos(static_cast<double>(std::clamp(cosine, -1.0f, 1.0f))));
 }
-
-// Encoding an offset adds 1 to a count centred at 32767, decoding takes 32768 off: not exact inverses at the
-// ends of the range. Kept on purpose, the controller expects it.
-float DecodeOffset(uint32_t count) { return (static_cast<float>(count) - kOffsetZero) / kOffsetCounts; }
 
 void CopyLimits(const ZRVDeviceParams& from, ZRVDeviceParams& to) {
   constexpr unsigned int ZRVDeviceParamsStruct::*kLimits[] = {
@@ -43,35 +36,6 @@ void CopyLimits(const ZRVDeviceParams& from, ZRVDeviceParams& to) {
 }
 
 }  // namespace
-
-// Reads an answer field by field. A field that does not arrive reads as filler bytes, and the rest is read
-// all the same.
-class ZRVDevice::FieldReader {
- public:
-  explicit FieldReader(ZRVDevice& device) : device_(device) {}
-
-  uint32_t Uint(unsigned int width) {
-    std::array<uint8_t, 4> bytes{};
-    complete_ &= device_.ReadAnswer(bytes.data(), width, kFieldTimeoutMs);
-    return LittleEndianReader(bytes).U32() & (0xFFFFFFFFu >> (32 - 8 * width));
-  }
-
-  float Volts() { return static_cast<float>(Uint(1)); }
-
-  // A line of text, cut to fit.
-  template <size_t size>
-  void Text(char (&field)[size]) {
-    std::string line;
-    complete_ &= device_.ReadAnswerLine(line);
-    std::snprintf(field, size, "%s", line.c_str());
-  }
-
-  bool complete() const { return complete_; }
-
- private:
-  ZRVDevice& device_;
-  bool complete_ = true;
-};
 
 void ZRVDevice::GetDeviceParams(ZRVDeviceParams* params) {
   if (params == nullptr) {

@@ -9,6 +9,7 @@
 
 #include "ZRVDevice.h"
 #include "device/command_buffer.h"
+#include "device/markers.h"
 #include "device/protocol.h"
 #include "device/serial/ports.h"
 
@@ -18,9 +19,6 @@ using P = ZRVDeviceParamsStruct;
 
 namespace {
 
-constexpr unsigned int kMarker = 100000000;  // values from here on mean "not given"
-constexpr float kMarkerFloat = 1e8f;
-constexpr float kUnavailable = 1e9f;
 constexpr unsigned int kBaudRateMin = 115200;
 constexpr unsigned int kBaudRateMax = 3686400;
 constexpr unsigned int kAxesCount = 8;
@@ -53,12 +51,6 @@ uint32_t EncodeOffset(float offset) { return static_cast<uint32_t>(std::lround((
 
 bool IsNameValid(const char* name) {
   return name != nullptr && std::strlen(name) < sizeof ZRVDeviceParamsStruct::DeviceName;
-}
-
-bool IsGiven(float value) { return value < kMarkerFloat; }
-template <typename T>
-bool IsGiven(T value) {
-  return static_cast<unsigned int>(value) < kMarker;
 }
 
 // A parameter value for a whole-numbered field; nothing for NaN. Below 0 reads 0 and above 32 bits the largest

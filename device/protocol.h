@@ -98,6 +98,10 @@ constexpr size_t kTrackIntegralsAnswerBytes = 4;
 constexpr size_t kTrackParamsBytes = 7;
 constexpr std::array<uint8_t, 4> kOrBEX1Mark = {0xB5, 0xAA, 0x55, 0x0F};  // starts a sensor-module block
 
+// Output offsets and tracked points. Encoding an offset adds 1 to a count centred at 32767, decoding takes 32768
+// off: not exact inverses at the ends of the range. Kept on purpose, the controller expects it.
+constexpr float DecodeOffset(uint32_t count) { return (static_cast<float>(count) - 32768.0f) / 32767.0f; }
+
 // Sample formats, by the code in bits 13..15 of the state word. Codes above 4 count as 5 bytes.
 enum SampleFormat : uint32_t {
   kFormatXY16M = 0,      // X 16 bits, Y 16 bits, M

@@ -5,6 +5,7 @@
 #include "ZRVDevice.h"
 #include "common/bytes.h"
 #include "device/command_buffer.h"
+#include "device/markers.h"
 #include "device/packing.h"
 #include "device/protocol.h"
 
@@ -16,7 +17,6 @@ namespace {
 // Positions come back on a 32768 scale although samples go out on 32767.5, so a stop at +1 reads 0.99997. Kept on
 // purpose: it is how controllers report.
 constexpr float kStopCountsPerUnit = 32768.0f;
-constexpr unsigned int kNotAvailable = 1000000000;
 constexpr unsigned int kMaxBlockBytes = 0xFFFFFF;  // the announced length has 3 bytes
 constexpr int kMaxRepeats = 32;
 constexpr unsigned int kWhite = 0xFFFFFF;
@@ -122,7 +122,7 @@ void ZRVDevice::StopDataStream() {
 
 unsigned int ZRVDevice::GetSamplesRemaining() {
   lastError_ = ErrorNone;
-  if (!Connected()) return kNotAvailable;
+  if (!Connected()) return kUnavailableWhole;
   std::array<uint8_t, kRemainingAnswerBytes> answer{};
   if (!Query(kCmdGetSamplesRemaining, answer.data(), kRemainingAnswerBytes)) return 0;
   return LittleEndianReader(answer).U24();

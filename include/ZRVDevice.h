@@ -167,6 +167,89 @@ class ZRV_API ZRVDevice {
   // 1 switches the laser boost on, anything else off.
   void SetLaserBoostEnable(unsigned int enable);
 
+  // --- Analog inputs --------------------------------------------------------------------------------
+  //
+  // Two inputs, AI0 and AI1, of about -10..10 V, and a photodetector of 0..2. Arrays hold numSamples entries; a
+  // null array is left out, what it would have held is dropped. Answer bytes that do not arrive read as the
+  // filler 0xDC, which is 7.25 V.
+
+  // One reading in volts: channel 0 is AI0, any other AI1. Without a connection -1e9. An answer that does
+  // not come sets no error of its own: the last error stays that of the command.
+  float GetAnalogInputValue(unsigned int channel);
+
+  // One reading, 1 being half of the detector's range. Without a connection -1e9.
+  float GetPhotoDetectorValue();
+
+  // Captures numSamples pairs at the sample rate and returns them in volts. Without a connection every entry
+  // is -1e9. Any length that the controller can capture arrives whole, as long as it keeps sending; when it
+  // stops, the rest is filler, and the last error stays that of the command.
+  void GetAnalogInputBuffer(float* ai0, float* ai1, unsigned int numSamples);
+
+  // Receives pairs that the controller sends by itself in data modes 6..8, and returns their number. Mode 6:
+  // both in volts. Mode 7: AI0 in volts, AI1 as counts (0..65535). Mode 8: both -1..1. In other modes the
+  // pairs are counted, but the arrays are left as they are.
+  //   numSamples      pairs to wait for, 125000 at most, for as long as they take at the sample rate plus a
+  //                   second. 0: those that have arrived by now; the arrays must then hold 32768 entries
+  // Fewer pairs, or 0, are the only sign of a failure once connected.
+  unsigned int GetAnalogInputStream(float* ai0, float* ai1, unsigned int numSamples);
+
+  // Receives one block of numSamples (100000 at most) samples of the sensor module, in data mode 9, and returns
+  // their number; 0 in other modes, and when no start of a block comes within 3 * numSamples bytes, or not
+  // all samples follow. Values are count * 10 with firmware "ORBEX1D", else count * gain * 3.3 / 2.048 / 65535.
+  unsigned int GetOrBEX1Stream(float* data, float gain, unsigned int numSamples);
+
+  // --- Tracking -------------------------------------------------------------------------------------
+  //
+  // Some controllers follow a target by themselves, from a detector signal. A null record: ErrorNotConnected.
+
+  // Whether the controller can track. Asks it.
+  bool IsTrackingSupported();
+
+  // Reads the tracking parameters into params and the device's own record. A controller without tracking
+  // clears TrackingSupported only, without an error. Another answer: ErrorBadAcknowledge; one cut short:
+  // ErrorDeviceResponse, and the fields that did not arrive stay as they were.
+  void GetTrackParams(ZRVTrackParams* params);
+  ZRVTrackParams* GetTrackParams();
+
+  // Sends all tracking parameters at once. Fields out of range are clamped in params itself, NaN to the lowest
+  // value.
+  void SetTrackParams(ZRVTrackParams* params);
+
+  // Reads the tracked point. It becomes XOffset and YOffset of the device's own record too, since tracking
+  // moves the output by these offsets. On a lost answer (ErrorDeviceResponse) only Valid is changed.
+  void GetTrackStatus(ZRVTrackStatus* status);
+  ZRVTrackStatus* GetTrackStatus();
+
+  // Reads the two tracking integrals, -32768..32767. Without a connection they stay as they are.
+  void GetTrackIntegrals(int& integral1, int& integral2);
+
+  // --- Parameter files ------------------------------------------------------------------------------
+  //
+  // Text, a line "key = value" for each field; docs/file-formats.md has the keys. Enumerations stand in it
+  // by the names of their members, which are looked up in the definitions header at run time. The decimal
+  // point is a point whatever the locale says.
+
+  // The definitions header to look names up in, for all devices. It starts as "ZRVDefinitions.h" in the
+  // working directory; null restores that.
+  static void SetDefinitionsFile(const char* path);
+
+  // Writes the record, or the device's own one when params is null. Numbers from 1e8 up, and NaN, are left out.
+  // A file that cannot be written: ErrorInvalidValue.
+  void SaveDeviceParams(const char* fileName, ZRVDeviceParams* params);
+
+  // Fills a record from a file; SetDeviceParams then applies it. A field that the file does not give becomes 1e9,
+  // which SetDeviceParams skips, and so do the fields that are saved but never loaded: the names, the baud rate,
+  // the filter flag, the state and error words. No file gives no field. A null record: ErrorNotConnected.
+  void LoadDeviceParams(ZRVDeviceParams* params, const char* fileName);
+
+  // The value of one key of a file, defaultValue when it has none. Of doubled keys the first counts. A name
+  // that the definitions header does not have is 1e9.
+  float LoadDeviceParam(const char* fileName, const char* key, float defaultValue) const;
+
+  // The member name of a value of "ZRVAxes", "ZRVBoot", "ZRVDataMode" or "ZRVSync"; empty when there is none.
+  // The text is made with new char[] and the caller's to delete[].
+  char* GetEnumString(std::string enumName, int value) const;
+
   // --- The link -------------------------------------------------------------------------------------
 
   // Discards what the controller has sent so far.
@@ -188,6 +271,7 @@ class ZRV_API ZRVDevice {
   bool Command(unsigned char code, bool waitForAcknowledge = true);
   bool Query(unsigned char code, void* answer, unsigned int count);
   bool ReadAcknowledge(unsigned int timeoutMs, ZRVError onWrongBytes);
+  bool ReadBytes(void* bytes, unsigned int count, unsigned int timeoutMs);
   bool ReadAnswer(void* answer, unsigned int count, unsigned int timeoutMs);
   bool ReadAnswerLine(std::string& line);
   bool Fail(ZRVError error);
@@ -230,6 +314,22 @@ class ZRV_API ZRVDevice {
   void SetSyncMode(ZRVSync mode);
   bool SendName(unsigned char code, const char* name);
   void CheckReadOnly(const ZRVDeviceParams& wanted);
+
+  // Sensing and tracking (analog.cpp, tracking.cpp).
+  unsigned int ReadCount(unsigned char code);
+  void SetAnalogInputBufferLength(unsigned int numSamples);
+  bool FindOrBEX1Mark(unsigned int attempts);
+  void ReadTrackFields(ZRVTrackParams& params);
+  void SetTrackThreshold(float threshold);
+  void SetTrackNormalGain(int gain);
+  void SetTrackTangentialGain(int gain);
+  void SetTrackBufferDelay(unsigned int samples);
+  void SetTrackHitRatio(float ratio);
+  void SetTrackState(unsigned int bits);
+
+  // Names of enumeration members (param_files.cpp).
+  std::string EnumToString(std::string enumName, int value) const;
+  int EnumToInt(std::string memberName) const;
 
   // Streaming and position (stream.cpp, position.cpp).
   bool SendBlock(const unsigned char* block, unsigned int numBytes);

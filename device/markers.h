@@ -1,0 +1,20 @@
+// Numbers that stand for "not given" in parameter records, files and answers of calls.
+#ifndef ZRV_DEVICE_MARKERS_H
+#define ZRV_DEVICE_MARKERS_H
+
+namespace zrv {
+
+// What a value that is not available reads as.
+constexpr float kUnavailable = 1e9f;
+constexpr unsigned int kUnavailableWhole = 1000000000;
+
+// Values from 1e8 on, and NaN, are such marks: neither sent nor saved.
+constexpr bool IsGiven(float value) { return value < 1e8f; }
+template <typename T>
+constexpr bool IsGiven(T value) {
+  return static_cast<unsigned int>(value) < 100000000;
+}
+
+}  // namespace zrv
+
+#endif
