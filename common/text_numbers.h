@@ -11,7 +11,7 @@
 
 namespace zrv {
 
-inline constexpr std::string_view kBlanks = " \t\v\f\r";
+constexpr bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\v' || c == '\f' || c == '\r'; }
 
 // Takes the next line off the front of text, without its line end ("\n" or "\r\n").
 inline std::string_view TakeLine(std::string_view& text) {
@@ -23,13 +23,14 @@ inline std::string_view TakeLine(std::string_view& text) {
 }
 
 inline void SkipBlanks(std::string_view& text) {
-  text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+  while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
 }
 
 // Takes the next word, a run of characters that are not blank; empty at the end.
 inline std::string_view TakeWord(std::string_view& text) {
   SkipBlanks(text);
-  const std::string_view word = text.substr(0, text.find_first_of(kBlanks));
+  const auto end = std::find_if(text.begin(), text.end(), IsBlank);
+  const std::string_view word = text.substr(0, static_cast<size_t>(end - text.begin()));
   text.remove_prefix(word.size());
   return word;
 }

@@ -37,38 +37,55 @@ uint8_t LitFrom(uint8_t status) { return (status & 0x40) != 0 ? 0 : 255; }
 
 int16_t Word(const uint8_t* bytes) { return static_cast<int16_t>(bytes[0] << 8 | bytes[1]); }
 
-void Decode3dIndexed(const uint8_t* record, IldaDrawing& to, size_t i) {
-  to.x[i] = Word(record);
-  to.y[i] = Word(record + 2);
-  to.z[i] = Word(record + 4);
-  to.lit[i] = LitFrom(record[6]);
+// Where the points of a frame go. Held by value, so that storing bytes cannot be taken to change the pointers.
+struct PointArrays {
+  int16_t *x, *y, *z;
+  uint8_t *lit, *red, *green, *blue;
+
+  PointArrays(IldaDrawing& d, size_t first)
+      : x(d.x.data() + first), y(d.y.data() + first), z(d.z.data() + first), lit(d.lit.data() + first),
+        red(d.red.data() + first), green(d.green.data() + first), blue(d.blue.data() + first) {}
+};
+
+void Decode3dIndexed(std::span<const uint8_t> records, PointArrays to) {
+  const size_t count = records.size() / 8;
+  for (size_t i = 0; i < count; ++i) {
+    const uint8_t* record = &records[i * 8];
+    to.x[i] = Word(record);
+    to.y[i] = Word(record + 2);
+    to.z[i] = Word(record + 4);
+    to.lit[i] = LitFrom(record[6]);
+  }
 }
 
-void Decode2dIndexed(const uint8_t* record, IldaDrawing& to, size_t i) {
-  to.x[i] = Word(record);
-  to.y[i] = Word(record + 2);
-  to.lit[i] = LitFrom(record[4]);
+void Decode2dIndexed(std::span<const uint8_t> records, PointArrays to) {
+  const size_t count = records.size() / 6;
+  for (size_t i = 0; i < count; ++i) {
+    const uint8_t* record = &records[i * 6];
+    to.x[i] = Word(record);
+    to.y[i] = Word(record + 2);
+    to.lit[i] = LitFrom(record[4]);
+  }
 }
 
-void Decode2dTrueColour(const uint8_t* record, IldaDrawing& to, size_t i) {
-  Decode2dIndexed(record, to, i);
-  to.blue[i] = record[5];
-  to.green[i] = record[6];
-  to.red[i] = record[7];
-}
-
-template <typename DecodeRecord>
-void DecodeEach(std::span<const uint8_t> records, size_t recordBytes, IldaDrawing& to, size_t first,
-                DecodeRecord decode) {
-  const size_t count = records.size() / recordBytes;
-  for (size_t i = 0; i < count; ++i) decode(&records[i * recordBytes], to, first + i);
+void Decode2dTrueColour(std::span<const uint8_t> records, PointArrays to) {
+  const size_t count = records.size() / 8;
+  for (size_t i = 0; i < count; ++i) {
+    const uint8_t* record = &records[i * 8];
+    to.x[i] = Word(record);
+    to.y[i] = Word(record + 2);
+    to.lit[i] = LitFrom(record[4]);
+    to.blue[i] = record[5];
+    to.green[i] = record[6];
+    to.red[i] = record[7];
+  }
 }
 
 void DecodeFrame(std::span<const uint8_t> records, IldaDrawing& to, size_t first) {
   switch (to.frameType) {
-    case k3dIndexed: return DecodeEach(records, 8, to, first, Decode3dIndexed);
-    case k2dIndexed: return DecodeEach(records, 6, to, first, Decode2dIndexed);
-    case k2dTrueColour: return DecodeEach(records, 8, to, first, Decode2dTrueColour);
+    case k3dIndexed: return Decode3dIndexed(records, {to, first});
+    case k2dIndexed: return Decode2dIndexed(records, {to, first});
+    case k2dTrueColour: return Decode2dTrueColour(records, {to, first});
     default: return;  // counted, but its points stay dark at the origin
   }
 }

@@ -55,6 +55,35 @@ Move ShapedMove(ZRVDataGenerator& generator, Point from, Point to, unsigned char
   return move;
 }
 
+// From working coordinates, in which x counts lines and y is the sweep -1..1, to the output.
+struct Mapping {
+  float reach, slow, gaps;  // slow axis
+  float yAmplitude, fast;
+  float cosine, sine;
+
+  Mapping(float xAmplitude, float yAmplitudeIn, float angle, size_t lines)
+      : reach(lines > 1 ? xAmplitude : 0.0f),  // a single line has no place of its own: s is 0
+        slow(2.0f * reach), gaps(lines > 1 ? static_cast<float>(lines - 1) : 1.0f), yAmplitude(yAmplitudeIn),
+        fast(2.0f * yAmplitude), cosine(std::cos(angle)), sine(std::sin(angle)) {}
+
+  float Slow(float x) const { return -reach + slow * x / gaps; }
+  float Fast(float y) const { return -yAmplitude + fast * (y + 1.0f) / 2.0f; }
+};
+
+// A pass along the fast axis, and what it adds to both outputs: the same for every line.
+struct Sweep {
+  Profile working, toX, toY;
+
+  Sweep() = default;
+  Sweep(Profile profile, const Mapping& map) : working(std::move(profile)), toX(working), toY(working) {
+    for (size_t j = 0; j < working.size(); ++j) {
+      const float f = map.Fast(working[j]);
+      toX[j] = map.sine * f;
+      toY[j] = map.cosine * f;
+    }
+  }
+};
+
 // What every line is put together from.
 struct Profiles {
   Profile first, middle, last;  // slow axis, as offsets from the line: the turnarounds lead half a line over
@@ -119,69 +148,110 @@ Profiles MakeProfiles(ZRVDataGenerator& generator, const RasterPlan& plan, bool 
   return to;
 }
 
-// Fills the outputs from front to back, in working coordinates: x counts lines, y is the sweep -1..1.
+struct Outputs {
+  float* x;
+  float* y;
+  unsigned char* m;
+};
+
+// Fills the outputs from front to back. Off the turnarounds a line stays where it is on the slow axis, so that
+// all but a few samples cost one addition an axis.
 class Assembly {
  public:
-  Assembly(float* x, float* y, unsigned char* m) : x_(x), y_(y), m_(m) {}
+  Assembly(const Outputs& to, const Mapping& map, size_t turn) : to_(to), map_(map), turn_(turn) {}
 
-  void Pass(const Profile& sweep, size_t line, const Profile& offset) {
+  void Pass(const Sweep& sweep, size_t line, const Profile& offset) {
+    const size_t count = sweep.working.size(), begin = std::min(turn_, count);
+    const size_t end = std::max(begin, std::min(offset.size() - turn_, count));
     const auto base = static_cast<float>(line);
-    for (size_t j = 0; j < sweep.size(); ++j) x_[at_ + j] = base + offset[j];
-    std::copy(sweep.begin(), sweep.end(), y_ + at_);
-    at_ += sweep.size();
+    Slanted(sweep, base, offset, 0, begin);
+    Straight(sweep, base, begin, end);
+    Slanted(sweep, base, offset, end, count);
+    for (size_t j = 0; j < count && at_ + j < start_ + 2; ++j) Note(j, {base + offset[j], sweep.working[j]});
+    if (count > 0) last_ = {base + offset[count - 1], sweep.working[count - 1]};
+    at_ += count;
   }
 
   // The digital bytes of the pass that ended last.
-  void Digital(std::span<const uint8_t> bytes) { std::copy(bytes.begin(), bytes.end(), m_ + at_ - bytes.size()); }
-  void Dark(size_t count) { std::fill_n(m_ + at_ - count, count, uint8_t{0}); }
+  void Digital(std::span<const uint8_t> bytes) { std::copy(bytes.begin(), bytes.end(), to_.m + at_ - bytes.size()); }
+  void Dark(size_t count) { std::fill_n(to_.m + at_ - count, count, uint8_t{0}); }
 
+  // Dark, in working coordinates.
   void Add(const Move& move) {
-    std::copy(move.x.begin(), move.x.end(), x_ + at_);
-    std::copy(move.y.begin(), move.y.end(), y_ + at_);
+    for (size_t i = 0; i < move.x.size(); ++i) {
+      const float s = map_.Slow(move.x[i]), f = map_.Fast(move.y[i]);
+      to_.x[at_ + i] = map_.cosine * s + map_.sine * f;
+      to_.y[at_ + i] = -map_.sine * s + map_.cosine * f;
+    }
     at_ += move.x.size();
     Dark(move.x.size());
   }
 
-  void Mark(size_t i, uint8_t bits) { m_[i] = static_cast<unsigned char>(m_[i] + bits); }
+  void Mark(size_t i, uint8_t bits) { to_.m[i] = static_cast<unsigned char>(to_.m[i] + bits); }
+  void StartLinesAt(size_t at) { at_ = start_ = at; }
   void MoveTo(size_t at) { at_ = at; }
-  Point At(size_t i) const { return {x_[i], y_[i]}; }
+
+  // Working coordinates of the lines' first, second and last sample.
+  Point First() const { return first_; }
+  Point Second() const { return second_; }
+  Point Last() const { return last_; }
 
  private:
-  float* x_;
-  float* y_;
-  unsigned char* m_;
-  size_t at_ = 0;
+  void Slanted(const Sweep& sweep, float base, const Profile& offset, size_t begin, size_t end) {
+    for (size_t j = begin; j < end; ++j) {
+      const float s = map_.Slow(base + offset[j]);
+      to_.x[at_ + j] = map_.cosine * s + sweep.toX[j];
+      to_.y[at_ + j] = -map_.sine * s + sweep.toY[j];
+    }
+  }
+
+  void Straight(const Sweep& sweep, float base, size_t begin, size_t end) {
+    const float s = map_.Slow(base), x = map_.cosine * s, y = -map_.sine * s;
+    for (size_t j = begin; j < end; ++j) to_.x[at_ + j] = x + sweep.toX[j];
+    for (size_t j = begin; j < end; ++j) to_.y[at_ + j] = y + sweep.toY[j];
+  }
+
+  void Note(size_t j, Point working) {
+    if (at_ + j == start_) first_ = working;
+    second_ = working;  // of a raster of a single sample, that one
+  }
+
+  Outputs to_;
+  const Mapping& map_;
+  size_t turn_, start_ = 0, at_ = 0;
+  Point first_, second_, last_;
 };
 
-void TwoWayLines(const RasterPlan& plan, const Profiles& p, const Style& style, Assembly& out) {
-  std::vector<uint8_t> backward = p.digital;
-  for (uint8_t& m : backward) m = static_cast<uint8_t>(m != 0 ? m + style.backward : 0);
+void TwoWayLines(const RasterPlan& plan, const Profiles& p, const Style& style, const Mapping& map, Assembly& out) {
+  const Sweep forward(p.forward, map), backward(p.backward, map);
+  std::vector<uint8_t> backwardDigital = p.digital;
+  for (uint8_t& m : backwardDigital) m = static_cast<uint8_t>(m != 0 ? m + style.backward : 0);
   for (size_t n = 1; n <= plan.lines; n += 2) {
-    out.Pass(p.forward, n - 1, n == 1 ? p.first : n < plan.lines - 1 ? p.middle : p.last);
+    out.Pass(forward, n - 1, n == 1 ? p.first : n < plan.lines - 1 ? p.middle : p.last);
     out.Digital(p.digital);
     if (n + 1 > plan.lines) return;
-    out.Pass(p.backward, n, n >= plan.lines - 1 ? p.last : p.middle);
-    out.Digital(backward);
+    out.Pass(backward, n, n >= plan.lines - 1 ? p.last : p.middle);
+    out.Digital(backwardDigital);
   }
 }
 
 // The last line is told by n != lines here and by n >= lines - 1 in the fly-back (n < lines - 1 in two-way
 // rasters): it looks like a slip, and is kept. Each fly-back starts half a line below its line.
-void OneWayLines(const RasterPlan& plan, const Profiles& p, const Style& style, Assembly& out) {
+void OneWayLines(const RasterPlan& plan, const Profiles& p, const Style& style, const Mapping& map, Assembly& out) {
+  const Sweep forward(p.forward, map), flyback(p.flyback, map);
   std::vector<uint8_t> digital = p.digital;
   digital[0] = static_cast<uint8_t>(digital[0] + style.lineStart);
   for (size_t n = 1; n <= plan.lines; ++n) {
-    out.Pass(p.forward, n - 1, n == 1 ? p.first : n != plan.lines ? p.middle : p.last);
+    out.Pass(forward, n - 1, n == 1 ? p.first : n != plan.lines ? p.middle : p.last);
     out.Digital(digital);
-    out.Pass(p.flyback, n, n >= plan.lines - 1 ? p.last : p.middle);
+    out.Pass(flyback, n, n >= plan.lines - 1 ? p.last : p.middle);
     out.Dark(p.flyback.size());
   }
 }
 
 void LeadInAndOut(ZRVDataGenerator& generator, const RasterPlan& plan, Assembly& out) {
-  const size_t end = plan.line + plan.Lines() - 1;
   // Leads towards the second sample of the raster, not the first: kept as it is.
-  const Point second = out.At(std::min(plan.line + 1, end)), last = out.At(end);
+  const Point second = out.Second(), last = out.Last();
   const Point meeting = {(last.x + second.x) / 2.0f, 0.0f};
   out.Add(ShapedMove(generator, last, meeting, 0, plan.line, kLeadShaping));
   out.MoveTo(0);
@@ -189,56 +259,35 @@ void LeadInAndOut(ZRVDataGenerator& generator, const RasterPlan& plan, Assembly&
 }
 
 void Assemble(ZRVDataGenerator& generator, const RasterPlan& plan, const Profiles& profiles, const Style& style,
-              Assembly& out) {
+              const Mapping& map, Assembly& out) {
   const size_t start = style.leadIn ? plan.line : 0;
-  out.MoveTo(start);
-  (plan.twoWay ? TwoWayLines : OneWayLines)(plan, profiles, style, out);
-  out.Mark(start + plan.turn, kFrameStart);
+  out.StartLinesAt(start);
+  (plan.twoWay ? TwoWayLines : OneWayLines)(plan, profiles, style, map, out);
+  if (plan.lines > 0) out.Mark(start + plan.turn, kFrameStart);
   if (style.leadIn) return LeadInAndOut(generator, plan, out);
-  out.Add(ShapedMove(generator, out.At(plan.Lines() - 1), out.At(0), 0, 2 * plan.line, kLeadShaping));
-}
-
-struct Mapping {
-  float xAmplitude, yAmplitude, angle;
-};
-
-void MapToOutput(float* x, float* y, size_t count, size_t lines, const Mapping& map) {
-  const float cosine = std::cos(map.angle), sine = std::sin(map.angle);
-  // A single line has no place of its own along the slow axis: the pattern collapses to s = 0.
-  const float reach = lines > 1 ? map.xAmplitude : 0.0f;
-  const float gaps = lines > 1 ? static_cast<float>(lines - 1) : 1.0f;
-  const float slow = 2.0f * reach, fast = 2.0f * map.yAmplitude;
-  for (size_t i = 0; i < count; ++i) {
-    const float s = -reach + slow * x[i] / gaps;
-    const float f = -map.yAmplitude + fast * (y[i] + 1.0f) / 2.0f;
-    x[i] = cosine * s + sine * f;
-    y[i] = -sine * s + cosine * f;
-  }
+  out.Add(ShapedMove(generator, out.Last(), out.First(), 0, 2 * plan.line, kLeadShaping));
 }
 
 // Positive shifts delay; what leaves at one end comes in at the other.
 void ShiftDigital(unsigned char* m, size_t count, int shift) {
   const auto size = static_cast<int64_t>(count);
   const int64_t forward = ((-static_cast<int64_t>(shift)) % size + size) % size;
-  std::rotate(m, m + forward, m + count);
+  if (forward == 0) return;
+  const std::vector<unsigned char> still(m, m + count);
+  std::rotate_copy(still.begin(), still.begin() + forward, still.end(), m);
 }
 
-struct Outputs {
-  float* x;
-  float* y;
-  unsigned char* m;
+struct Placement {
+  float xAmplitude, yAmplitude, angle;
+  int digitalShift;
 };
 
 unsigned int WriteRaster(ZRVDataGenerator& generator, const RasterPlan& plan, const Profiles& profiles,
-                         const Style& style, const Outputs& to) {
-  if (plan.lines == 0) {  // nothing between lead-in and lead-out: rest in the middle
-    std::fill_n(to.x, plan.Total(), 0.0f);
-    std::fill_n(to.y, plan.Total(), 0.0f);
-    std::fill_n(to.m, plan.Total(), uint8_t{0});
-    return static_cast<unsigned int>(plan.Total());
-  }
-  Assembly assembly(to.x, to.y, to.m);
-  Assemble(generator, plan, profiles, style, assembly);
+                         const Style& style, const Placement& place, const Outputs& to) {
+  const Mapping map(place.xAmplitude, place.yAmplitude, place.angle, plan.lines);
+  Assembly assembly(to, map, plan.turn);
+  Assemble(generator, plan, profiles, style, map, assembly);
+  ShiftDigital(to.m, plan.Total(), place.digitalShift);
   return static_cast<unsigned int>(plan.Total());
 }
 
@@ -252,10 +301,8 @@ unsigned int ZRVDataGenerator::LinearRasterPattern(float* x, float* y, unsigned 
   const auto plan = zrv::PlanRaster({numLines, numPixels, lineDuration, pixelHold, bidirectional, minSps, maxSps});
   if (!plan || x == nullptr || y == nullptr || m == nullptr) return 0;
   sps = plan->sps;
-  const unsigned int count = WriteRaster(*this, *plan, MakeProfiles(*this, *plan, pixelHold), kScanning, {x, y, m});
-  MapToOutput(x, y, count, plan->lines, {xAmplitude, yAmplitude, rotationAngle});
-  ShiftDigital(m, count, digitalShift);
-  return count;
+  return WriteRaster(*this, *plan, MakeProfiles(*this, *plan, pixelHold), kScanning, {xAmplitude, yAmplitude, rotationAngle, digitalShift},
+                     {x, y, m});
 }
 
 unsigned int ZRVDataGenerator::LinearRasterPatternImaging(float* x, float* y, unsigned char* m, float xAmplitude,
@@ -267,8 +314,6 @@ unsigned int ZRVDataGenerator::LinearRasterPatternImaging(float* x, float* y, un
   const auto plan = zrv::PlanImagingRaster({numLines, numPixels, lineDuration, false, bidirectional, minSps, maxSps});
   if (!plan || x == nullptr || y == nullptr || m == nullptr) return 0;
   sps = plan->sps;
-  const unsigned int count = WriteRaster(*this, *plan, MakeProfiles(*this, *plan, false), kImaging, {x, y, m});
-  MapToOutput(x, y, count, plan->lines, {xAmplitude, yAmplitude, rotationAngle});
-  ShiftDigital(m, count, digitalShift);
-  return count;
+  return WriteRaster(*this, *plan, MakeProfiles(*this, *plan, false), kImaging, {xAmplitude, yAmplitude, rotationAngle, digitalShift},
+                     {x, y, m});
 }
