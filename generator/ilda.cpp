@@ -1,4 +1,5 @@
 // Drawings and animations as keypoints.
+#include <algorithm>
 #include <cmath>
 
 #include "ZRVDataGenerator.h"
@@ -32,7 +33,7 @@ void CopyFrame(const zrv::IldaDrawing& from, zrv::IldaFrame frame, const View& v
                zrv::Bounds& bounds) {
   for (size_t i = 0; i < frame.size; ++i) {
     const size_t point = frame.first + i;
-    const float x = from.x[point], y = from.y[point], z = from.z[point];
+    const float x = from.x[point], y = from.y[point], z = from.z.empty() ? int16_t{0} : from.z[point];
     bounds.Add(x, y);  // as they are in the file, so that turning a drawing does not change its size
     to.x[i] = x * view.cosX + z * view.sinX;
     to.y[i] = y * view.sinY + z * view.cosY;
@@ -41,7 +42,8 @@ void CopyFrame(const zrv::IldaDrawing& from, zrv::IldaFrame frame, const View& v
 }
 
 void CopyColours(const zrv::IldaDrawing& from, zrv::IldaFrame frame, unsigned int* rgb) {
-  for (size_t i = 0; i < frame.size; ++i) {
+  if (from.red.empty()) std::fill_n(rgb, frame.size, 0u);
+  for (size_t i = 0; i < frame.size && !from.red.empty(); ++i) {
     const size_t point = frame.first + i;
     rgb[i] = static_cast<unsigned int>(from.red[point] << 16 | from.green[point] << 8 | from.blue[point]);
   }

@@ -37,55 +37,53 @@ uint8_t LitFrom(uint8_t status) { return (status & 0x40) != 0 ? 0 : 255; }
 
 int16_t Word(const uint8_t* bytes) { return static_cast<int16_t>(bytes[0] << 8 | bytes[1]); }
 
-// Where the points of a frame go. Held by value, so that storing bytes cannot be taken to change the pointers.
-struct PointArrays {
-  int16_t *x, *y, *z;
-  uint8_t *lit, *red, *green, *blue;
-
-  PointArrays(IldaDrawing& d, size_t first)
-      : x(d.x.data() + first), y(d.y.data() + first), z(d.z.data() + first), lit(d.lit.data() + first),
-        red(d.red.data() + first), green(d.green.data() + first), blue(d.blue.data() + first) {}
-};
-
-void Decode3dIndexed(std::span<const uint8_t> records, PointArrays to) {
+// The decoders write through plain pointers: a stored byte could be taken to change the arrays' own.
+void Decode3dIndexed(std::span<const uint8_t> records, IldaDrawing& to, size_t first) {
   const size_t count = records.size() / 8;
+  int16_t *x = &to.x[first], *y = &to.y[first], *z = &to.z[first];
+  uint8_t *lit = &to.lit[first];
   for (size_t i = 0; i < count; ++i) {
     const uint8_t* record = &records[i * 8];
-    to.x[i] = Word(record);
-    to.y[i] = Word(record + 2);
-    to.z[i] = Word(record + 4);
-    to.lit[i] = LitFrom(record[6]);
+    x[i] = Word(record);
+    y[i] = Word(record + 2);
+    z[i] = Word(record + 4);
+    lit[i] = LitFrom(record[6]);
   }
 }
 
-void Decode2dIndexed(std::span<const uint8_t> records, PointArrays to) {
+void Decode2dIndexed(std::span<const uint8_t> records, IldaDrawing& to, size_t first) {
   const size_t count = records.size() / 6;
+  int16_t *x = &to.x[first], *y = &to.y[first];
+  uint8_t *lit = &to.lit[first];
   for (size_t i = 0; i < count; ++i) {
     const uint8_t* record = &records[i * 6];
-    to.x[i] = Word(record);
-    to.y[i] = Word(record + 2);
-    to.lit[i] = LitFrom(record[4]);
+    x[i] = Word(record);
+    y[i] = Word(record + 2);
+    lit[i] = LitFrom(record[4]);
   }
 }
 
-void Decode2dTrueColour(std::span<const uint8_t> records, PointArrays to) {
+void Decode2dTrueColour(std::span<const uint8_t> records, IldaDrawing& to, size_t first) {
   const size_t count = records.size() / 8;
+  int16_t *x = &to.x[first], *y = &to.y[first];
+  uint8_t *lit = &to.lit[first], *red = &to.red[first], *green = &to.green[first], *blue = &to.blue[first];
   for (size_t i = 0; i < count; ++i) {
     const uint8_t* record = &records[i * 8];
-    to.x[i] = Word(record);
-    to.y[i] = Word(record + 2);
-    to.lit[i] = LitFrom(record[4]);
-    to.blue[i] = record[5];
-    to.green[i] = record[6];
-    to.red[i] = record[7];
+    x[i] = Word(record);
+    y[i] = Word(record + 2);
+    lit[i] = LitFrom(record[4]);
+    blue[i] = record[5];
+    green[i] = record[6];
+    red[i] = record[7];
   }
 }
 
 void DecodeFrame(std::span<const uint8_t> records, IldaDrawing& to, size_t first) {
+  if (records.empty()) return;
   switch (to.frameType) {
-    case k3dIndexed: return Decode3dIndexed(records, {to, first});
-    case k2dIndexed: return Decode2dIndexed(records, {to, first});
-    case k2dTrueColour: return Decode2dTrueColour(records, {to, first});
+    case k3dIndexed: return Decode3dIndexed(records, to, first);
+    case k2dIndexed: return Decode2dIndexed(records, to, first);
+    case k2dTrueColour: return Decode2dTrueColour(records, to, first);
     default: return;  // counted, but its points stay dark at the origin
   }
 }
@@ -108,9 +106,13 @@ std::vector<Section> FindFrames(BigEndianReader in, IldaDrawing& drawing) {
   return frames;
 }
 
-void SetPointCount(IldaDrawing& drawing, size_t points) {
-  for (auto* words : {&drawing.x, &drawing.y, &drawing.z}) words->assign(points, 0);
-  for (auto* bytes : {&drawing.lit, &drawing.red, &drawing.green, &drawing.blue}) bytes->assign(points, 0);
+void MakeRoom(IldaDrawing& drawing) {
+  const size_t points = drawing.frameEnds.empty() ? 0 : drawing.frameEnds.back();
+  for (auto* words : {&drawing.x, &drawing.y}) words->assign(points, 0);
+  drawing.lit.assign(points, 0);
+  if (drawing.frameType == k3dIndexed) drawing.z.assign(points, 0);
+  if (drawing.frameType != k2dTrueColour) return;
+  for (auto* bytes : {&drawing.red, &drawing.green, &drawing.blue}) bytes->assign(points, 0);
 }
 
 }  // namespace
@@ -138,7 +140,7 @@ IldaDrawing DecodeIlda(std::span<const uint8_t> file) {
   drawing.frameType = header.format;
   drawing.frameCount = header.frames;
   const std::vector<Section> sections = FindFrames(frames, drawing);
-  SetPointCount(drawing, drawing.frameEnds.empty() ? 0 : drawing.frameEnds.back());
+  MakeRoom(drawing);
   for (size_t i = 0; i < sections.size(); ++i) {
     DecodeFrame(sections[i], drawing, drawing.Frame(static_cast<unsigned>(i + 1)).first);
   }

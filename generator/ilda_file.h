@@ -14,15 +14,17 @@ struct IldaFrame {
   size_t first = 0, size = 0;
 };
 
-// A loaded drawing. The point arrays are all of the same length and hold the frames one after the other.
+// A loaded drawing. The point arrays hold the frames one after the other; those that the format lacks are empty
+// and stand for zeros.
 struct IldaDrawing {
   unsigned frameType = 0;   // format code of the frame sections
   unsigned frameCount = 0;  // as declared by the first frame; the file may hold fewer
   unsigned largestFrame = 0;
   std::vector<uint32_t> frameEnds;  // of the frames that the file holds: where the next one starts
-  std::vector<int16_t> x, y, z;
-  std::vector<uint8_t> lit;  // 255, or 0 where the beam is blanked
-  std::vector<uint8_t> red, green, blue;
+  std::vector<int16_t> x, y;
+  std::vector<int16_t> z;                 // 3D formats
+  std::vector<uint8_t> lit;               // 255, or 0 where the beam is blanked
+  std::vector<uint8_t> red, green, blue;  // true-colour formats
 
   unsigned TotalPoints() const { return static_cast<unsigned>(x.size()); }
   IldaFrame Frame(unsigned frame) const;  // 1-based; a frame that is not there has no points
