@@ -68,9 +68,9 @@ Spirograph PlanSpirograph(unsigned int type, int64_t a, int64_t b, int64_t penDi
 
 template <typename Wave>
 void WriteSpirograph(float* x, float* y, unsigned int n, const Spirograph& plan) {
-  const auto [type, step, ratio, radius, pen] = plan;
-  const double penX = type >= kHypocycloid ? pen : -pen;
-  if (type == kRose) {
+  const double step = plan.step, ratio = plan.ratio, radius = plan.radius, pen = plan.pen;
+  const double penX = plan.type >= kHypocycloid ? pen : -pen;
+  if (plan.type == kRose) {
     WritePoints(x, y, n, [=](double i) -> Point {
       const double c2 = Wave::C(ratio * (i * step));
       return {c2 * Wave::C(i * step), c2 * Wave::S(i * step)};
