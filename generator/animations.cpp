@@ -11,7 +11,7 @@ namespace {
 constexpr double kTwoPi = 6.28318530717958647692;
 constexpr float kUpward = 1.5707964f;
 
-bool InsideField(float value) { return value > -1.0f && value < 1.0f; }
+bool InsideField(float value) { return (value > -1.0f) & (value < 1.0f); }
 
 // The frames of one animation, the base frame first. The index array may be null.
 class Frames {
@@ -33,15 +33,14 @@ class Frames {
     if (idx_) std::copy_n(idx_, n_, idx_ + frame * n_);
   }
   void BlankOutside(size_t frame) const {
-    for (size_t i = frame * n_; i < (frame + 1) * n_; ++i) {
-      if (!InsideField(x_[i]) || !InsideField(y_[i])) Blank(i);
-    }
+    const float* x = X(frame);
+    const float* y = Y(frame);
+    KeepWhere(frame, [=](size_t i) { return InsideField(x[i]) & InsideField(y[i]); });
   }
   // As above, but whatever y is.
   void BlankBeside(size_t frame) const {
-    for (size_t i = frame * n_; i < (frame + 1) * n_; ++i) {
-      if (!InsideField(x_[i])) Blank(i);
-    }
+    const float* x = X(frame);
+    KeepWhere(frame, [=](size_t i) { return InsideField(x[i]); });
   }
   void BlankAll(size_t frame) const {
     std::fill_n(m_ + frame * n_, n_, static_cast<unsigned char>(0));
@@ -51,6 +50,15 @@ class Frames {
   float minX, maxX, minY, maxY, centreX, centreY;
 
  private:
+  // Without branches: where a moving frame crosses an edge, a branch would be wrong every few samples.
+  template <typename Keep>
+  void KeepWhere(size_t frame, Keep keep) const {
+    unsigned char* m = m_ + frame * n_;
+    unsigned int* idx = idx_ ? idx_ + frame * n_ : nullptr;
+    const size_t n = n_;
+    for (size_t i = 0; i < n; ++i) m[i] = keep(i) ? m[i] : static_cast<unsigned char>(0);
+    for (size_t i = 0; idx && i < n; ++i) idx[i] = keep(i) ? idx[i] : 0;
+  }
   void Blank(size_t i) const {
     m_[i] = 0;
     if (idx_) idx_[i] = 0;

@@ -68,17 +68,17 @@ Spirograph PlanSpirograph(unsigned int type, int64_t a, int64_t b, int64_t penDi
 
 template <typename Wave>
 void WriteSpirograph(float* x, float* y, unsigned int n, const Spirograph& plan) {
-  const double step = plan.step, ratio = plan.ratio, radius = plan.radius, pen = plan.pen;
-  const double penX = plan.type >= kHypocycloid ? pen : -pen;
+  const double penX = plan.type >= kHypocycloid ? plan.pen : -plan.pen;
   if (plan.type == kRose) {
     WritePoints(x, y, n, [=](double i) -> Point {
-      const double c2 = Wave::C(ratio * (i * step));
-      return {c2 * Wave::C(i * step), c2 * Wave::S(i * step)};
+      const double angle = i * plan.step, c2 = Wave::C(plan.ratio * angle);
+      return {c2 * Wave::C(angle), c2 * Wave::S(angle)};
     });
   } else {
     WritePoints(x, y, n, [=](double i) -> Point {
-      const double angle = i * step, second = ratio * angle;
-      return {radius * Wave::C(angle) + penX * Wave::C(second), radius * Wave::S(angle) - pen * Wave::S(second)};
+      const double angle = i * plan.step, second = plan.ratio * angle;
+      return {plan.radius * Wave::C(angle) + penX * Wave::C(second),
+              plan.radius * Wave::S(angle) - plan.pen * Wave::S(second)};
     });
   }
 }

@@ -62,7 +62,7 @@ unsigned int PeriodOf(unsigned int numSamples, unsigned int numCycles) {
 
 // The counts of the two-axis test pattern.
 struct RQPlan {
-  int numSamples = 0;
+  int numSamples = 0;  // 0: fewer than 2 samples a period
   int period = 0;  // samples of one y period
 
   RQPlan(unsigned int frequency, float xMultiple) {
@@ -72,6 +72,7 @@ struct RQPlan {
     const auto wanted = static_cast<float>(std::min(80u, kMaxRate / frequency));
     const float fitted = std::trunc(std::min(wanted * xMultiple, kMaxSamples));
     const float whole = std::trunc(fitted / xMultiple);  // at most the wanted period
+    if (!(whole >= 2.0f)) return;                        // an endless multiple leaves 0
     period = static_cast<int>(whole);
     numSamples = static_cast<int>(whole * xMultiple);
   }
@@ -143,7 +144,7 @@ unsigned int ZRVDataGenerator::RQWaveform(float* x, float* y, unsigned char* m, 
                                           unsigned int frequency, float xMultiple, float risePortion,
                                           float /*reserved*/) {
   const RQPlan plan(frequency, xMultiple);
-  if (!x || !y || !m || plan.period < 2 || plan.numSamples < 1) return 0;
+  if (!x || !y || !m || plan.numSamples < 1) return 0;
   const int n = plan.numSamples;
   outputRate = frequency * static_cast<unsigned int>(plan.period);
   const double step = 6.2831854820251465 / n;  // 2 pi in single precision, divided in double
