@@ -1,0 +1,82 @@
+#include "filter_spec.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <vector>
+
+#include "errors.h"
+#include "values.h"
+
+namespace zrvtool {
+namespace {
+
+struct Family {
+  const char* word;
+  const char* name;
+  unsigned int type;
+};
+
+constexpr Family kFamilies[] = {
+    {"bessel", "Bessel", 1},          {"butterworth", "Butterworth", 2}, {"chebyshev1", "Chebyshev I", 3},
+    {"chebyshev2", "Chebyshev II", 4}, {"elliptic", "Elliptic", 5},       {"legendre", "Legendre", 6},
+};
+constexpr unsigned int kGeneric = 7;
+
+[[noreturn]] void Refuse(const std::string& text, const std::string& why) {
+  throw ToolError("--filter " + text + ": " + why +
+                  ". Give family:order:cutoff in Hz, for instance bessel:5:1000, with one of the families bessel, "
+                  "butterworth, chebyshev1, chebyshev2, elliptic, legendre; or file:NAME for a coefficient file");
+}
+
+}  // namespace
+
+FilterSpec FilterSpecIn(const std::string& text) {
+  FilterSpec spec;
+  if (text.starts_with("file:")) {
+    spec.type = kGeneric;
+    spec.file = text.substr(5);
+    if (!std::filesystem::is_regular_file(spec.file)) throw ToolError("--filter: there is no file " + spec.file);
+    return spec;
+  }
+  const std::vector<std::string> words = Split(text, ':');
+  if (words.size() != 3) Refuse(text, "three parts are needed");
+  const auto* family = std::find_if(std::begin(kFamilies), std::end(kFamilies),
+                                    [&](const Family& f) { return f.word == words[0]; });
+  if (family == std::end(kFamilies)) Refuse(text, "no such family");
+  const double order = ParseNumber(words[1], "--filter, order"), cutoff = ParseNumber(words[2], "--filter, cutoff");
+  if (order < 1 || order > 20 || order != static_cast<unsigned int>(order)) Refuse(text, "the order goes from 1 to 20");
+  if (cutoff <= 0) Refuse(text, "the cutoff must be above 0 Hz");
+  spec.type = family->type;
+  spec.family = family->name;
+  spec.order = static_cast<unsigned int>(order);
+  spec.cutoff = static_cast<float>(cutoff);
+  return spec;
+}
+
+std::string Describe(const FilterSpec& spec) {
+  if (spec.type == kGeneric) return "Filter of " + spec.file;
+  char cutoff[32];
+  std::snprintf(cutoff, sizeof cutoff, "%g", static_cast<double>(spec.cutoff));
+  return spec.family + " low-pass, order " + std::to_string(spec.order) + ", " + cutoff + " Hz";
+}
+
+void SetUpFilter(ZRVDataGenerator& generator, const FilterSpec& spec, float rate, bool twoChannels) {
+  if (spec.type == kGeneric) generator.LoadIIRFilterParams(spec.file.c_str());
+  else if (spec.cutoff >= rate / 2)
+    throw ToolError("--filter: the cutoff of " + std::to_string(static_cast<int>(spec.cutoff)) +
+                    " Hz must be below half the sample rate (" + std::to_string(static_cast<int>(rate)) + " per second)");
+  generator.SetupSoftwareFilter(spec.type, spec.order, spec.cutoff, rate, twoChannels);
+}
+
+void ApplyFilter(ZRVDataGenerator& generator, const FilterSpec& spec, bool zeroPhase, bool overTime, Pattern& p) {
+  SetUpFilter(generator, spec, static_cast<float>(p.rate), true);
+  const std::size_t room = p.size() * (zeroPhase ? 3 : 1);
+  const auto count = static_cast<unsigned int>(p.size());
+  std::vector<float> x(room), y(room);
+  for (int round = 0; round < (zeroPhase ? 1 : 2); ++round)
+    generator.FilterData(p.x.data(), p.y.data(), x.data(), y.data(), count, zeroPhase);
+  if (!overTime) std::copy_n(x.begin(), p.size(), p.x.begin());
+  std::copy_n(y.begin(), p.size(), p.y.begin());
+}
+
+}  // namespace zrvtool
