@@ -1,0 +1,143 @@
+// What a user sees: help, exit statuses, messages, files.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <sstream>
+
+#include "run_zrv.h"
+
+namespace zrvtool::test {
+namespace {
+
+TEST(CommandLine, EveryCommandExplainsItselfWithAnExample) {
+  const std::string all = Zrv("--help").output;
+  for (const char* command : {"list", "info", "play", "stop", "goto", "simulate", "demo", "get", "set",
+                              "generate", "filter", "font", "gallery"}) {
+    EXPECT_NE(all.find(std::string("\n  ") + command + " "), std::string::npos) << command;
+    const Outcome help = Zrv(std::string(command) + " --help");
+    EXPECT_EQ(help.status, 0) << command;
+    EXPECT_NE(help.output.find("Example: zrv "), std::string::npos) << help.output;
+  }
+  EXPECT_EQ(Zrv("--version").output, "zrv 10.7.1.0\n");
+}
+
+struct Wrong {
+  const char* arguments;
+  int status;
+  const char* message;
+};
+
+// FOLDER stands for a directory of the test.
+const Wrong kWrong[] = {
+    {"", 2, "subcommand is required"},
+    {"dance", 2, "dance"},
+    {"--port-dir FOLDER list", 1, "ErrorNoDeviceFound"},
+    {"--port-dir FOLDER info ttyUSB7", 1, "could not connect to ttyUSB7"},
+    {"--port-dir FOLDER info no-such-port", 1, "ErrorInvalidPortName"},
+    {"--port-dir FOLDER play auto sine", 1, "ErrorNoDeviceFound"},
+    {"info FOLDER", 1, "is a folder"},
+    {"play", 2, "port is required"},
+    {"play ttyUSB0 rose --repeat 33", 2, "--repeat"},
+    {"goto ttyUSB0 1.5 0", 2, "1.5"},
+    {"set ttyUSB0 Vbais 40", 1, "Vbias"},
+    {"set ttyUSB0 DeviceState 1", 1, "only be read"},
+    {"set ttyUSB0 DeviceAxes AxesUpsideDown", 1, "AxesSwapFlipBoth"},
+    {"generate", 2, "subcommand is required"},
+    {"generate rose", 1, "nothing to write"},
+    {"generate rose --ring-a 0 -o FOLDER/x", 2, "0 is not in 1 .. 1000"},
+    {"generate rose --ring-a 2.5 -o FOLDER/x", 2, "not a whole number"},
+    {"generate rose --samples many -o FOLDER/x", 2, "many is not a number"},
+    {"generate rose --profile fast -o FOLDER/x", 2, "linear, trapezoidal, optimized"},
+    {"generate rose --keystone 1,2,3 -o FOLDER/x", 1, "eight numbers"},
+    {"generate rose --filter bessel:5 -o FOLDER/x", 1, "family:order:cutoff"},
+    {"generate rose --filter bessel:5:12000 -o FOLDER/x", 1, "half the sample rate"},
+    {"generate rose -o FOLDER/no/such/x", 1, "cannot write"},
+    {"generate rose --preview FOLDER/x.bmp", 1, ".png or .svg"},
+    {"generate rose --preview FOLDER/no/x.png", 1, "cannot write"},
+    {"generate points FOLDER/none -o FOLDER/x", 2, "FOLDER/none"},
+    {"generate ilda FOLDER/junk -o FOLDER/x", 1, "not an ILDA drawing"},
+    {"generate points FOLDER/junk -o FOLDER/x", 1, "holds no points"},
+    {"generate clock --time 25:00:00 -o FOLDER/x", 1, "not a time of day"},
+    {"generate raster --pixels 5000 --lines 1000 -o FOLDER/x", 1, "fewer --pixels"},
+    {"info FOLDER/junk", 1, "is no ILDA drawing"},
+    {"filter --filter bessel:5:1000", 1, "nothing to do"},
+};
+
+std::string Replaced(std::string text, const std::string& folder) {
+  for (std::size_t at; (at = text.find("FOLDER")) != std::string::npos;) text.replace(at, 6, folder);
+  return text;
+}
+
+TEST(CommandLine, MistakesAreExplainedAndFail) {
+  const Folder folder;
+  WriteText(folder.File("junk"), "no numbers here\n");
+  for (const Wrong& row : kWrong) {
+    const Outcome outcome = Zrv(Replaced(row.arguments, folder.Path()));
+    EXPECT_EQ(outcome.status, row.status) << row.arguments << "\n" << outcome.output;
+    EXPECT_NE(outcome.output.find(Replaced(row.message, folder.Path())), std::string::npos)
+        << row.arguments << "\n" << outcome.output;
+  }
+}
+
+TEST(CommandLine, GeneratesAPointFileThatReadsBack) {
+  const Folder folder;
+  const std::string file = folder.File("square.txt");
+  ASSERT_EQ(Zrv("generate polygon --sides 4 --samples 8 --amplitude 0.5 --rate 1000 -o " + file).status, 0);
+  // Two points a side from (0.5, 0) counter-clockwise, and the first corner again.
+  const double expected[9][2] = {{0.5, 0},  {0.25, 0.25},   {0, 0.5},  {-0.25, 0.25}, {-0.5, 0},
+                                 {-0.25, -0.25}, {0, -0.5}, {0.25, -0.25}, {0.5, 0}};
+  std::istringstream in(ReadText(file));
+  std::string word;
+  unsigned int rate = 0, m = 0;
+  double x = 0, y = 0;
+  in >> word >> rate;
+  EXPECT_EQ(word, "sps");
+  EXPECT_EQ(rate, 1000u);
+  for (const auto& point : expected) {
+    ASSERT_TRUE(in >> x >> y >> m);
+    EXPECT_NEAR(x, point[0], 1e-6);
+    EXPECT_NEAR(y, point[1], 1e-6);
+    EXPECT_EQ(m, 255u);
+  }
+  EXPECT_FALSE(in >> x);
+
+  const std::string info = Zrv("info " + file).output;
+  EXPECT_NE(info.find("9, 9 lit"), std::string::npos) << info;
+  EXPECT_NE(info.find("1000 samples/s"), std::string::npos) << info;
+
+  const std::string turned = folder.File("turned.csv");
+  ASSERT_EQ(Zrv("generate points " + file + " --offset-x 0.25 -o " + turned).status, 0);
+  const std::string csv = ReadText(turned);
+  EXPECT_EQ(csv.rfind("time_s,x,y,m\n0,0.75,", 0), 0u) << csv;
+  EXPECT_NE(csv.find("\n0.008,0.75,"), std::string::npos) << csv;
+}
+
+TEST(CommandLine, FiltersAPointFile) {
+  const Folder folder;
+  const std::string in = folder.File("in.txt"), out = folder.File("out.txt");
+  ASSERT_EQ(Zrv("generate square --cycles 2 --samples 400 --rate 20000 --amplitude 0.5 -o " + in).status, 0);
+  ASSERT_EQ(Zrv("filter " + in + " " + out + " --filter bessel:4:500 --response " + folder.File("r.svg")).status, 0);
+  EXPECT_NE(ReadText(folder.File("r.svg")).find("<svg"), std::string::npos);
+  std::istringstream text(ReadText(out));
+  std::string head;
+  std::getline(text, head);
+  EXPECT_EQ(head, "sps 20000");
+  double x = 0, y = 0, m = 0, last = 0, steepest = 0;
+  int count = 0;
+  for (; text >> x >> y >> m; ++count, last = y)
+    if (count > 0) steepest = std::max(steepest, std::abs(y - last));
+  EXPECT_EQ(count, 400);
+  EXPECT_GT(steepest, 0.01);  // it still moves
+  EXPECT_LT(steepest, 0.2);   // the edges of the square are a jump of 1
+}
+
+TEST(CommandLine, QuietInAPipe) {
+  const Folder folder;
+  const Outcome outcome = Zrv("generate rose -o " + folder.File("rose.txt"));
+  EXPECT_EQ(outcome.output.find('\r'), std::string::npos);
+  EXPECT_EQ(outcome.output.find('\x1b'), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zrvtool::test

@@ -1,0 +1,41 @@
+// Pictures read back, to see what is where.
+#ifndef ZRV_TESTS_TOOLS_DECODED_PICTURE_H
+#define ZRV_TESTS_TOOLS_DECODED_PICTURE_H
+
+#include <string>
+#include <vector>
+
+#include "tools/image_file.h"
+
+namespace zrvtool::test {
+
+struct DecodedPicture {
+  int width = 0, height = 0;
+  std::vector<unsigned char> bgr;
+  int Red(int x, int y) const { return bgr[3 * static_cast<std::size_t>(y * width + x) + 2]; }
+  int Green(int x, int y) const { return bgr[3 * static_cast<std::size_t>(y * width + x) + 1]; }
+  int Blue(int x, int y) const { return bgr[3 * static_cast<std::size_t>(y * width + x)]; }
+};
+
+inline DecodedPicture Decoded(const std::string& file) {
+  Image image = LoadImage(file);
+  return {image.width, image.height, std::move(image.bgr)};
+}
+
+// The colours of the dark and the light theme, bright enough not to be a glow or a half-covered pixel.
+inline bool IsInk(int r, int g, int b) { return b > r + 70 && b > 120 && g > r + 20; }
+inline bool IsMirrorInk(int r, int g, int b) { return r > 150 && r > b + 70 && g > 60; }
+
+template <typename Predicate>
+long CountPixels(const DecodedPicture& p, Predicate is, double left = 0, double top = 0, double right = 1,
+                 double bottom = 1) {
+  long count = 0;
+  for (int y = static_cast<int>(top * p.height); y < static_cast<int>(bottom * p.height); ++y)
+    for (int x = static_cast<int>(left * p.width); x < static_cast<int>(right * p.width); ++x)
+      count += is(p.Red(x, y), p.Green(x, y), p.Blue(x, y));
+  return count;
+}
+
+}  // namespace zrvtool::test
+
+#endif

@@ -1,0 +1,182 @@
+// Kinds and composing: what the options make of a pattern.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "run_zrv.h"
+#include "tools/errors.h"
+#include "tools/filter_spec.h"
+#include "tools/kinds.h"
+#include "tools/values.h"
+
+namespace zrvtool::test {
+namespace {
+
+bool NeedsAFile(const Kind& kind) {
+  return std::any_of(kind.options.begin(), kind.options.end(),
+                     [](const OptionRow& row) { return row.type == OptionType::FileArgument; });
+}
+
+bool Sound(const Pattern& p) {
+  for (std::size_t i = 0; i < p.size(); ++i)
+    if (!(std::abs(p.x[i]) <= 1.0001f && std::abs(p.y[i]) <= 1.0001f)) return false;
+  return p.x.size() == p.y.size() && p.x.size() == p.m.size() && p.rate > 0 &&
+         (p.rgb.empty() || p.rgb.size() == p.x.size());
+}
+
+TEST(Kinds, EachMakesASoundPatternOfItsInitialValues) {
+  for (const Kind& kind : Kinds()) {
+    if (NeedsAFile(kind)) continue;
+    Values values = InitialValues(kind);
+    for (const OptionRow& row : kind.options)
+      if (row.type == OptionType::Argument) values.Set(row.name, "Text");
+    const Pattern pattern = MakePattern(kind, values);
+    EXPECT_GT(pattern.size(), 10u) << kind.name;
+    EXPECT_TRUE(Sound(pattern)) << kind.name;
+    EXPECT_TRUE(std::any_of(pattern.m.begin(), pattern.m.end(), [](unsigned char m) { return m != 0; })) << kind.name;
+  }
+}
+
+TEST(Kinds, InitialValuesAreGoodValues) {
+  for (const Kind& kind : Kinds())
+    for (const std::vector<OptionRow>& rows : {kind.options, CommonOptions()})
+      for (const OptionRow& row : rows)
+        EXPECT_TRUE(*row.initial == '\0' || Complaint(row, row.initial).empty()) << kind.name << " " << row.name;
+}
+
+// A drawn corner, a dark move and a drawn line; colours where asked for.
+std::string Corners(const Folder& folder) {
+  WriteText(folder.File("corners.txt"), "sps 5000\n-0.5 -0.5 255\n0.5 -0.5 0\n0.5 0.5 255\n-0.5 0.5 255\n");
+  return folder.File("corners.txt");
+}
+
+TEST(Compose, EveryProfileStaysOnThePath) {
+  const Folder folder;
+  for (const char* profile : {"linear", "trapezoidal", "optimized"}) {
+    const Pattern p = MakePattern("points", {{"file", Corners(folder)}, {"corners", "1"}, {"profile", profile},
+                                             {"samples", "200"}});
+    EXPECT_EQ(p.rate, 5000u);
+    EXPECT_NEAR(static_cast<double>(p.size()), 200, 6) << profile;
+    for (std::size_t i = 0; i < p.size(); ++i) {  // all four sides lie at 0.5 from an axis
+      const float edge = std::max(std::abs(p.x[i]), std::abs(p.y[i]));
+      EXPECT_NEAR(edge, 0.5f, 1e-4) << profile << " sample " << i;
+      const bool onDarkSide = p.x[i] > 0.499f && std::abs(p.y[i]) < 0.49f;
+      EXPECT_TRUE(!onDarkSide || p.m[i] == 0) << profile << " sample " << i;
+    }
+  }
+}
+
+TEST(Compose, ClosesAsAsked) {
+  const Folder folder;
+  const auto with = [&](const char* close) {
+    return MakePattern("points", {{"file", Corners(folder)}, {"close", close}, {"close-samples", "7"}});
+  };
+  EXPECT_EQ(with("auto").size(), 4u);  // samples are left alone
+  EXPECT_EQ(with("none").size(), 4u);
+  const Pattern back = with("blank"), retraced = with("retrace");
+  ASSERT_EQ(back.size(), 11u);
+  EXPECT_EQ(back.x.back(), back.x.front());
+  EXPECT_EQ(back.m[3], 0);
+  ASSERT_EQ(retraced.size(), 7u);
+  EXPECT_EQ(retraced.y[4], retraced.y[2]);
+}
+
+TEST(Compose, AnimatesAndFilters) {
+  const Pattern p = MakePattern("rose", {{"samples", "100"}, {"animate", "rotate"}, {"animation-frames", "4"},
+                                         {"filter", "butterworth:2:900"}, {"zero-phase", "1"}});
+  EXPECT_EQ(p.size(), 400u);
+  EXPECT_TRUE(std::all_of(p.x.begin(), p.x.end(), [](float x) { return std::isfinite(x); }));
+}
+
+// The corners of a square as the library is told: lower left, lower right, upper right, upper left.
+TEST(Compose, KeystoneMovesTheCornersWhereTheyAreSent) {
+  const Folder folder;
+  WriteText(folder.File("square.txt"), "-1 -1 1\n1 -1 1\n1 1 1\n-1 1 1\n");
+  const Pattern p = MakePattern("points", {{"file", folder.File("square.txt")},
+                                           {"keystone", "-0.9,-0.8,0.7,-0.6,0.5,0.4,-0.3,0.2"}});
+  const float expected[4][2] = {{-0.9f, -0.8f}, {0.7f, -0.6f}, {0.5f, 0.4f}, {-0.3f, 0.2f}};
+  for (std::size_t i = 0; i < 4; ++i) {
+    EXPECT_NEAR(p.x[i], expected[i][0], 1e-5f);
+    EXPECT_NEAR(p.y[i], expected[i][1], 1e-5f);
+  }
+}
+
+void Put16(std::string& s, int v) { s += {static_cast<char>(v >> 8 & 255), static_cast<char>(v & 255)}; }
+
+void PutFrame(std::string& s, int points, int frames) {
+  s += std::string("ILDA\0\0\0\5", 8) + std::string(16, ' ');
+  for (int v : {points, 0, frames, 0}) Put16(s, v);
+}
+
+// Two frames of true colour: a red square on the left, a blue one on the right.
+std::string TwoFrames(const Folder& folder) {
+  std::string file;
+  for (int frame = 0; frame < 2; ++frame) {
+    PutFrame(file, 5, 2);
+    const int left = frame == 0 ? -30000 : 10000;
+    const int corners[5][2] = {{0, 0}, {20000, 0}, {20000, 20000}, {0, 20000}, {0, 0}};
+    for (const auto& corner : corners) {
+      Put16(file, left + corner[0]);
+      Put16(file, corner[1] - 10000);
+      file += {'\0', static_cast<char>(frame == 0 ? 0 : 255), '\0', static_cast<char>(frame == 0 ? 255 : 0)};
+    }
+  }
+  PutFrame(file, 0, 2);
+  WriteText(folder.File("two.ild"), file);
+  return folder.File("two.ild");
+}
+
+TEST(Drawing, KeepsItsColoursUnderEveryProfile) {
+  const Folder folder;
+  for (const char* profile : {"linear", "trapezoidal", "optimized"}) {
+    const Pattern p = MakePattern("ilda", {{"file", TwoFrames(folder)}, {"samples", "200"}, {"profile", profile}});
+    ASSERT_EQ(p.rgb.size(), p.size());
+    int red = 0, blue = 0;
+    for (std::size_t i = 0; i < p.size(); ++i) {
+      if (p.m[i] == 0) continue;
+      ASSERT_TRUE(p.rgb[i] == 0xFF0000u || p.rgb[i] == 0x0000FFu) << profile << " sample " << i << std::hex << p.rgb[i];
+      (p.rgb[i] == 0xFF0000u ? red : blue)++;
+      // Red is lit on the left only, blue on the right: no lit way between the frames.
+      EXPECT_EQ(p.rgb[i] == 0xFF0000u, p.x[i] < 0) << profile << " sample " << i;
+    }
+    EXPECT_GT(red, 100) << profile;
+    EXPECT_GT(blue, 100) << profile;
+  }
+  EXPECT_THROW(MakePattern("ilda", {{"file", TwoFrames(folder)}, {"frames", "2-3"}}), ToolError);
+  const Pattern second = MakePattern("ilda", {{"file", TwoFrames(folder)}, {"frames", "2"}});
+  EXPECT_TRUE(std::none_of(second.rgb.begin(), second.rgb.end(), [](unsigned c) { return c == 0xFF0000u; }));
+}
+
+TEST(Laser, BurnsTheChartInItsPlace) {
+  const Pattern p = MakePattern("laser", {{"lines", "50"}, {"pixels", "50"}, {"line-time", "10"}});
+  ASSERT_TRUE(p.levels);
+  for (std::size_t i = 0; i < p.size(); ++i) {
+    const double u = (static_cast<double>(p.x[i]) / 0.9 + 1) / 2, v = (static_cast<double>(p.y[i]) / 0.9 + 1) / 2;
+    const double radius = std::hypot(u - 0.5, v - 0.66);
+    const bool inHole = radius > 0.11 && radius < 0.17, around = radius > 0.35 && v > 0.35;
+    EXPECT_TRUE(!(inHole || around) || p.m[i] == 0) << "sample " << i << " at " << u << ", " << v;
+  }
+  EXPECT_GT(std::count(p.m.begin(), p.m.end(), 255), 500);
+}
+
+TEST(Filter, SpecificationsAreReadOrRefused) {
+  const FilterSpec spec = FilterSpecIn("chebyshev2:12:1500.5");
+  EXPECT_EQ(spec.type, 4u);
+  EXPECT_EQ(spec.order, 12u);
+  EXPECT_EQ(spec.cutoff, 1500.5f);
+  EXPECT_EQ(Describe(spec), "Chebyshev II low-pass, order 12, 1500.5 Hz");
+  for (const char* text : {"", "bessel", "bessel:5", "bessel:0:100", "bessel:21:100", "bessel:2.5:100", "bessel:5:0",
+                           "bessel:5:-3", "bessel:5:nan", "Bessel:5:100", "bessel:5:100:7", "file:/no/such/file"})
+    EXPECT_THROW(FilterSpecIn(text), ToolError) << text;
+}
+
+TEST(Values, NumbersAreWholeTexts) {
+  const OptionRow number = {"n", OptionType::Number, "1", "", -2, 2}, count = {"c", OptionType::Count, "1", "", 1, 9};
+  for (const char* good : {"0", "-2", "2", "+1.5", "1e0"}) EXPECT_EQ(Complaint(number, good), "") << good;
+  for (const char* bad : {"", "2.1", "x", "1x", "nan", "inf", "0x1", "1,5", " 1"}) EXPECT_NE(Complaint(number, bad), "") << bad;
+  for (const char* bad : {"0", "10", "1.5", "-1"}) EXPECT_NE(Complaint(count, bad), "") << bad;
+}
+
+}  // namespace
+}  // namespace zrvtool::test

@@ -1,0 +1,61 @@
+// Runs the built zrv as a user would.
+#ifndef ZRV_TESTS_TOOLS_RUN_ZRV_H
+#define ZRV_TESTS_TOOLS_RUN_ZRV_H
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace zrvtool::test {
+
+struct Outcome {
+  int status = -1;     // exit status; -1 when it died or did not end in time
+  std::string output;  // standard output and errors together
+};
+
+// zrv with these arguments, through the shell.
+Outcome Zrv(const std::string& arguments);
+
+// zrv running beside the test; killed with the object.
+class Background {
+ public:
+  explicit Background(const std::vector<std::string>& arguments);
+  ~Background();
+  Background(const Background&) = delete;
+  Background& operator=(const Background&) = delete;
+
+  // Reads its output until the text is in it; false when it ends or 20 s pass without.
+  bool WaitFor(const std::string& text);
+  void Signal(int signal);
+  // Waits for its end.
+  Outcome Finish(double seconds);
+
+ private:
+  bool ReadSome(double seconds);
+  pid_t pid_ = -1;
+  int pipe_ = -1;
+  std::string output_;
+};
+
+// A directory that is gone after the test.
+class Folder {
+ public:
+  Folder();
+  ~Folder();
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+  std::string File(const std::string& name) const { return (path_ / name).string(); }
+  std::string Path() const { return path_.string(); }
+
+ private:
+  std::filesystem::path path_;
+};
+
+std::string ReadText(const std::string& file);
+void WriteText(const std::string& file, const std::string& text);
+
+}  // namespace zrvtool::test
+
+#endif

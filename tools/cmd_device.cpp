@@ -1,0 +1,104 @@
+// zrv list, info, stop, goto.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+
+#include "ZRVDevice.h"
+#include "commands.h"
+#include "errors.h"
+#include "file_info.h"
+#include "parameters.h"
+#include "session.h"
+#include "terminal.h"
+
+namespace zrvtool {
+namespace {
+
+void List() {
+  ZRVDevice device;
+  ZRVAvailableDevices found;
+  {
+    StatusLine status;
+    status.Show("asking every serial port, about a second each ...");
+    device.GetAvailableDevices(&found);
+  }
+  if (found.NumDevices == 0)
+    throw ToolError("no controller answered on any serial port (ErrorNoDeviceFound).\n"
+                    "Check power and cable; without hardware, run zrv simulate in another terminal.");
+  std::printf("%-10s %-24s %-12s %-10s %8s %7s\n", "PORT", "NAME", "FIRMWARE", "LINK", "BAUD", "VMAX");
+  for (unsigned int i = 0; i < found.NumDevices; ++i)
+    std::printf("%-10s %-24s %-12s %-10s %8u %5g V\n", found.CommPortName[i], found.DeviceName[i],
+                found.FirmwareName[i], found.CommType[i], found.USARTBaudRate[i],
+                static_cast<double>(found.VmaxMEMSDriver[i]));
+}
+
+void InfoOfPort(const std::string& port) {
+  ZRVDevice device;
+  Connect(device, port);
+  ZRVDeviceParams params;
+  device.GetDeviceParams(&params);
+  Check(device, "read the parameters");
+  PrintRecord(params);
+}
+
+void Info(const std::string& name) {
+  if (std::filesystem::is_directory(name)) throw ToolError(name + " is a folder; give a port or a file");
+  if (std::filesystem::is_regular_file(name))
+    PrintFileInfo(name);
+  else
+    InfoOfPort(name);
+}
+
+void Stop(const std::string& port) {
+  ZRVDevice device;
+  Connect(device, port);
+  device.StopDataStream();
+  Check(device, "stop playing");
+  std::printf("stopped at x %.4f, y %.4f; the laser is off\n", static_cast<double>(device.GetXStop()),
+              static_cast<double>(device.GetYStop()));
+}
+
+struct Target {
+  std::string port;
+  float x = 0, y = 0;
+  unsigned int digital = 0, milliseconds = 100;
+};
+
+void GoTo(const Target& target) {
+  ZRVDevice device;
+  Connect(device, target.port);
+  device.SetDeviceParam(ParamMEMSDriverEnable, 1);
+  Check(device, "switch on the mirror driver");
+  device.GoToDevicePosition(target.x, target.y, static_cast<unsigned char>(target.digital), target.milliseconds);
+  Check(device, "move the mirror");
+  std::printf("the mirror holds x %g, y %g\n", static_cast<double>(target.x), static_cast<double>(target.y));
+}
+
+}  // namespace
+
+void AddDeviceCommands(CLI::App& app) {
+  AddCommand(app, "list", "List the controllers on the serial ports", "zrv list")->callback(List);
+
+  auto name = std::make_shared<std::string>();
+  CLI::App* info = AddCommand(app, "info", "Show what a controller, drawing, font, image or point file holds",
+                              "zrv info ttyUSB0\n         zrv info drawing.ild");
+  info->add_option("port-or-file", *name, "port of a controller, auto, or name of a file")->required();
+  info->callback([name] { Info(*name); });
+
+  auto port = std::make_shared<std::string>();
+  CLI::App* stop = AddCommand(app, "stop", "Stop playing, centre the mirror, switch the laser off", "zrv stop ttyUSB0");
+  stop->add_option("port", *port, "port of the controller, or auto")->required()->type_name("PORT");
+  stop->callback([port] { Stop(*port); });
+
+  auto target = std::make_shared<Target>();
+  CLI::App* go = AddCommand(app, "goto", "Move the mirror to a position and hold it", "zrv goto ttyUSB0 0.5 -0.25",
+                            "Positions go from -1 to 1.");
+  go->add_option("port", target->port, "port of the controller, or auto")->required()->type_name("PORT");
+  go->add_option("x", target->x, "position, -1..1")->required()->check(CLI::Range(-1.0, 1.0));
+  go->add_option("y", target->y, "position, -1..1")->required()->check(CLI::Range(-1.0, 1.0));
+  go->add_option("--digital", target->digital, "digital byte at the target, 0..255")->check(CLI::Range(0, 255));
+  go->add_option("--ms", target->milliseconds, "time of the move, ms; 0 jumps")->check(CLI::Range(0, 5000));
+  go->callback([target] { GoTo(*target); });
+}
+
+}  // namespace zrvtool

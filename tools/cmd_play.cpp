@@ -1,0 +1,87 @@
+// zrv play: a pattern on a controller.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include "commands.h"
+#include "errors.h"
+#include "pattern_options.h"
+#include "session.h"
+#include "terminal.h"
+
+namespace zrvtool {
+namespace {
+
+struct PlayCommand {
+  std::string port;
+  PlayOptions options;
+  bool dark = false, detach = false;
+};
+
+const char* FormatNote(ZRVDevice& device, const Pattern& pattern) {
+  constexpr float kFirstColourFormat = 2, kLastColourFormat = 4;
+  const float format = device.GetDeviceParam(ParamSyncState);
+  const bool colours = format >= kFirstColourFormat && format <= kLastColourFormat;
+  return pattern.rgb.empty() || colours ? "" : "; its colours are left out, for the controller takes none";
+}
+
+// Stops the mirror whatever happens, unless it is to go on.
+class PlayGuard {
+ public:
+  explicit PlayGuard(ZRVDevice& device) : device_(device) {}
+  ~PlayGuard() {
+    if (armed_) StopPlaying(device_);
+  }
+  PlayGuard(const PlayGuard&) = delete;
+  PlayGuard& operator=(const PlayGuard&) = delete;
+  void Release() { armed_ = false; }
+
+ private:
+  ZRVDevice& device_;
+  bool armed_ = true;
+};
+
+void Play(const PatternChoice& choice, PlayCommand& command) {
+  CatchStopSignals();
+  command.options.laser = !command.dark;
+  const Pattern pattern = choice.Make();
+  ZRVDevice device;
+  Connect(device, command.port);
+  PlayGuard guard(device);
+  StartPlaying(device, pattern, command.options);
+  std::printf("playing %s: %s%s\n", choice.kind->name, Describe(pattern).c_str(), FormatNote(device, pattern));
+  std::fflush(stdout);
+  if (command.detach) {
+    guard.Release();
+    std::printf("the controller goes on by itself; stop it with: zrv stop %s\n", command.port.c_str());
+    return;
+  }
+  WatchPlaying(device, pattern, command.options);
+  guard.Release();
+  StopPlaying(device);
+  Check(device, "stop playing");
+  std::printf("stopped\n");
+}
+
+}  // namespace
+
+void AddPlayCommand(CLI::App& app) {
+  auto play = std::make_shared<PlayCommand>();
+  CLI::App* command =
+      AddCommand(app, "play", "Play a pattern on a controller, until Ctrl-C", "zrv play ttyUSB0 rose --repeat 10",
+                 "Plays without end unless --repeat or --seconds is given; Ctrl-C stops the mirror, switches the laser\n"
+                 "off and disconnects. PORT is a name that zrv list shows, a path, or auto for the first one found.");
+  command->add_option("port", play->port, "port of the controller, or auto")->required()->type_name("PORT");
+  command->add_option("--repeat", play->options.repeat, "play so many times, 1 to 32, then stop")
+      ->check(CLI::Range(1, 32))->type_name("COUNT");
+  command->add_option("--seconds", play->options.seconds, "stop after so many seconds")
+      ->check(CLI::Range(0.001, 1e9))->type_name("NUMBER");
+  command->add_option("--delay", play->options.delay, "samples by which the laser lags the mirror")
+      ->type_name("COUNT");
+  command->add_flag("--minimize-jump", play->options.minimizeJump, "begin at the sample nearest to the mirror");
+  command->add_flag("--dark", play->dark, "leave the laser and digital outputs off");
+  command->add_flag("--detach", play->detach, "leave it playing and return at once");
+  auto choice = AddPatternKinds(*command, "zrv play PORT");
+  command->callback([choice, play] { Play(*choice, *play); });
+}
+
+}  // namespace zrvtool

@@ -1,0 +1,138 @@
+// zrv simulate: a controller on a pseudo-terminal, for anyone without hardware.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include "commands.h"
+#include "errors.h"
+#include "mirror_path.h"
+#include "picture.h"
+#include "simulator/pseudo_terminal.h"
+#include "terminal.h"
+#include "values.h"
+
+namespace zrvtool {
+namespace {
+
+namespace sim = zrv::sim;
+
+struct SimulateCommand {
+  const std::string* portDirectory = nullptr;
+  sim::Options options;
+  sim::PortOptions port;
+  std::string ai0 = "mirror-x:0:5", ai1 = "mirror-y:0:5", detector = "dc:0.5", picture;
+  bool noFilter = false, noTracking = false;
+};
+
+sim::AnalogSignal::Shape ShapeIn(const std::string& word) {
+  using Shape = sim::AnalogSignal::Shape;
+  const std::pair<const char*, Shape> shapes[] = {{"dc", Shape::kDc},
+                                                  {"sine", Shape::kSine},
+                                                  {"noise", Shape::kNoise},
+                                                  {"mirror-x", Shape::kMirrorX},
+                                                  {"mirror-y", Shape::kMirrorY}};
+  for (const auto& [name, shape] : shapes)
+    if (word == name) return shape;
+  throw ToolError("a signal is dc, sine, noise, mirror-x or mirror-y, then offset, amplitude and frequency, "
+                  "for instance sine:0:2:50; not " + word);
+}
+
+// "sine:0:2:50": shape, offset, amplitude, frequency in Hz; what is left out is 0.
+sim::AnalogSignal SignalIn(const std::string& text) {
+  const std::vector<std::string> words = Split(text, ':');
+  sim::AnalogSignal signal;
+  signal.shape = ShapeIn(words[0]);
+  double* fields[] = {&signal.offset, &signal.amplitude, &signal.frequency};
+  for (std::size_t i = 1; i < words.size() && i <= 3; ++i) *fields[i - 1] = ParseNumber(words[i], text);
+  return signal;
+}
+
+void PrintWhereItIs(const SimulateCommand& command, const std::string& port) {
+  const std::string how = command.portDirectory->empty() ? "" : "--port-dir " + *command.portDirectory + " ";
+  const std::string name = command.portDirectory->empty() ? port : port.substr(port.rfind('/') + 1);
+  std::printf("simulated controller \"%s\" at %s\n", command.options.deviceName.c_str(), port.c_str());
+  std::printf("in another terminal:  zrv %sinfo %s\n", how.c_str(), name.c_str());
+  std::printf("                      zrv %splay %s lissajous\n", how.c_str(), name.c_str());
+  std::printf("Ctrl-C ends it.\n");
+  std::fflush(stdout);
+}
+
+std::string StatusOf(const sim::Controller& c) {
+  char text[160];
+  std::snprintf(text, sizeof text, "%s  mirror x %+.3f y %+.3f  %u samples/s  %llu commands",
+                c.IsPlaying() ? "playing" : "idle   ", static_cast<double>(c.Mirror().x),
+                static_cast<double>(c.Mirror().y), c.settings().sampleRate,
+                static_cast<unsigned long long>(c.FramesAccepted()));
+  return text;
+}
+
+void DrawPath(sim::PseudoTerminal& terminal, const std::string& file) {
+  const Pattern path = terminal.Access([](sim::Controller& c) { return PatternOf(c.DrawnPath(), 25000); });
+  ScanStyle style;
+  style.title = "Drawn by the simulated mirror";
+  style.mirror = true;
+  DrawScan(file, path, style);
+  std::printf("picture in %s\n", file.c_str());
+}
+
+void Simulate(SimulateCommand& command) {
+  CatchStopSignals();
+  command.options.hardwareFilter = !command.noFilter;
+  command.options.tracking = !command.noTracking;
+  command.options.analogInputs = {SignalIn(command.ai0), SignalIn(command.ai1)};
+  command.options.photoDetector = SignalIn(command.detector);
+  command.port.portDirectory = *command.portDirectory;
+  sim::PseudoTerminal terminal(command.options, command.port);
+  PrintWhereItIs(command, terminal.Port());
+  {
+    StatusLine status;
+    do status.Show(terminal.Access([](sim::Controller& c) { return StatusOf(c); }));
+    while (SleepUnlessStopped(std::chrono::milliseconds(200)));
+  }
+  if (!command.picture.empty()) DrawPath(terminal, command.picture);
+}
+
+void AddControllerOptions(CLI::App* command, SimulateCommand& c) {
+  command->add_option("--name", c.options.deviceName, "name of the controller, 31 bytes at most")
+      ->capture_default_str()->check([](const std::string& name) {
+        return name.size() > 31 ? std::string("the name is longer than 31 bytes") : std::string();
+      });
+  command->add_option("--format", c.options.formatCode,
+                      "output format: 0 16 bit, 1 12/11 bit, 2 to 4 with colours")
+      ->check(CLI::Range(0, 7))->capture_default_str();
+  command->add_option("--capacity", c.options.capacity, "samples it holds")->check(CLI::Range(1, 10000000))
+      ->capture_default_str();
+  command->add_flag("--no-hardware-filter", c.noFilter, "without the low-pass ahead of the mirror");
+  command->add_flag("--no-tracking", c.noTracking, "a controller that cannot track");
+}
+
+void AddWorldOptions(CLI::App* command, SimulateCommand& c) {
+  command->add_option("--resonance", c.options.mirror.resonanceHz, "resonance of the mirror, Hz")
+      ->check(CLI::Range(1.0, 1e6))->capture_default_str();
+  command->add_option("--q", c.options.mirror.q, "quality factor of the resonance")->check(CLI::Range(0.1, 1e6))
+      ->capture_default_str();
+  command->add_option("--ai0", c.ai0, "signal on analog input 0: shape:offset:amplitude:frequency")
+      ->capture_default_str();
+  command->add_option("--ai1", c.ai1, "signal on analog input 1")->capture_default_str();
+  command->add_option("--detector", c.detector, "signal on the photodetector")->capture_default_str();
+}
+
+}  // namespace
+
+void AddSimulateCommand(CLI::App& app, const std::string& portDirectory) {
+  auto simulate = std::make_shared<SimulateCommand>();
+  simulate->portDirectory = &portDirectory;
+  CLI::App* command = AddCommand(app, "simulate", "Run a simulated controller until Ctrl-C",
+                                 "zrv simulate --port-dir /tmp/zrv-ports",
+                                 "It answers on a pseudo-terminal; with --port-dir the port also gets a name there\n"
+                                 "(ttyUSB0), so that zrv --port-dir DIR list finds it.");
+  AddControllerOptions(command, *simulate);
+  AddWorldOptions(command, *simulate);
+  command->add_option("--port-name", simulate->port.portName, "name in the port directory; else the first free ttyUSB");
+  command->add_option("--baud", simulate->port.baudRate, "as slow as a serial line of so many baud; 0: no limit")
+      ->capture_default_str();
+  command->add_option("--picture", simulate->picture, "at the end, a picture of what the mirror drew last")
+      ->type_name("FILE");
+  command->callback([simulate] { Simulate(*simulate); });
+}
+
+}  // namespace zrvtool
