@@ -14,6 +14,8 @@ namespace zrvtool {
 void AddDeviceCommands(CLI::App& app);         // list, info, stop, goto
 void AddPlayCommand(CLI::App& app);            // play
 void AddParameterCommands(CLI::App& app);      // get, set
+void AddParameterFileCommands(CLI::App& app);  // save, load
+void AddSensingCommands(CLI::App& app);        // analog, track
 void AddGenerateCommand(CLI::App& app);        // generate
 void AddFilterCommand(CLI::App& app);          // filter
 void AddDemoCommand(CLI::App& app);            // demo

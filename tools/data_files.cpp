@@ -3,6 +3,9 @@
 #include <filesystem>
 #include <initializer_list>
 
+#include "ZRVDevice.h"
+#include "errors.h"
+
 namespace zrvtool {
 namespace {
 
@@ -15,5 +18,15 @@ std::string FirstThatExists(std::initializer_list<const char*> names) {
 }  // namespace
 
 std::string DefaultFontFile() { return FirstThatExists({ZRV_INSTALLED_FONT_FILE, ZRV_BUILT_FONT_FILE}); }
+
+void UseDefinitionsFile() {
+  const std::string file =
+      FirstThatExists({"ZRVDefinitions.h", ZRV_INSTALLED_INCLUDE_DIR "/ZRVDefinitions.h",
+                       ZRV_SOURCE_INCLUDE_DIR "/ZRVDefinitions.h"});
+  if (file.empty())
+    throw ToolError("cannot find ZRVDefinitions.h, which names the values in parameter files.\n"
+                    "Copy it from the library's include folder into this one.");
+  ZRVDevice::SetDefinitionsFile(file.c_str());
+}
 
 }  // namespace zrvtool

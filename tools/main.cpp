@@ -25,6 +25,8 @@ void AddCommands(CLI::App& app, const std::string& portDirectory) {
   AddDeviceCommands(app);
   AddPlayCommand(app);
   AddParameterCommands(app);
+  AddParameterFileCommands(app);
+  AddSensingCommands(app);
   AddGenerateCommand(app);
   AddFilterCommand(app);
   AddSimulateCommand(app, portDirectory);

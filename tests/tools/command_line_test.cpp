@@ -12,7 +12,8 @@ namespace {
 
 TEST(CommandLine, EveryCommandExplainsItselfWithAnExample) {
   const std::string all = Zrv("--help").output;
-  for (const char* command : {"list", "info", "play", "stop", "goto", "simulate", "demo", "get", "set",
+  for (const char* command : {"list", "info", "play", "stop", "goto", "simulate", "demo", "get", "set", "save", "load",
+                              "analog", "track",
                               "generate", "filter", "font", "gallery"}) {
     EXPECT_NE(all.find(std::string("\n  ") + command + " "), std::string::npos) << command;
     const Outcome help = Zrv(std::string(command) + " --help");
@@ -62,6 +63,7 @@ const Wrong kWrong[] = {
     {"generate raster --pixels 5000 --lines 1000 -o FOLDER/x", 1, "fewer --pixels"},
     {"info FOLDER/junk", 1, "is no ILDA drawing"},
     {"filter --filter bessel:5:1000", 1, "nothing to do"},
+    {"load ttyUSB0 FOLDER/none", 2, "FOLDER/none"},
 };
 
 std::string Replaced(std::string text, const std::string& folder) {

@@ -77,6 +77,35 @@ TEST_F(WithSimulator, PulledAwayWhilePlayingSaysSoAtOnce) {
   EXPECT_NE(outcome.output.find("(Error"), std::string::npos) << outcome.output;
 }
 
+TEST_F(WithSimulator, SavesAndLoadsItsParameters) {
+  const std::string file = folder_.File("params.ini");
+  ASSERT_EQ(Zrv(At() + "set ttyUSB0 SampleRate 12345").status, 0);
+  ASSERT_EQ(Zrv(At() + "set ttyUSB0 DeviceAxes AxesFlipY").status, 0);
+  ASSERT_EQ(Zrv(At() + "save ttyUSB0 " + file).status, 0);
+  EXPECT_NE(ReadText(file).find("DeviceAxes = AxesFlipY\n"), std::string::npos) << ReadText(file);
+  ASSERT_EQ(Zrv(At() + "set ttyUSB0 SampleRate 20000").status, 0);
+  ASSERT_EQ(Zrv(At() + "set ttyUSB0 DeviceAxes AxesNormal").status, 0);
+  const Outcome load = Zrv(At() + "load ttyUSB0 " + file);
+  EXPECT_EQ(load.status, 0) << load.output;
+  EXPECT_EQ(Zrv(At() + "get ttyUSB0 SampleRate").output, "12345 samples/s\n");
+  EXPECT_EQ(Zrv(At() + "get ttyUSB0 DeviceAxes").output, "AxesFlipY\n");
+}
+
+TEST_F(WithSimulator, ReadsItsInputsAndTracking) {
+  const Outcome live = Zrv(At() + "analog ttyUSB0 --seconds 0.3 --interval 50");
+  EXPECT_EQ(live.status, 0) << live.output;
+  EXPECT_EQ(live.output.rfind("time_s,ai0_v,ai1_v,detector\n0.0", 0), 0u) << live.output;
+  EXPECT_NE(live.output.find(",0.5"), std::string::npos) << live.output;  // the detector's level
+  const std::string plot = folder_.File("inputs.png");
+  const Outcome capture = Zrv(At() + "analog ttyUSB0 --capture 500 --plot " + plot);
+  EXPECT_EQ(capture.status, 0) << capture.output;
+  EXPECT_EQ(std::count(capture.output.begin(), capture.output.end(), '\n'), 502);  // head, samples, note
+  EXPECT_GT(CountPixels(Decoded(plot), IsInk), 100);
+  const Outcome track = Zrv(At() + "track ttyUSB0 --seconds 0.2 --interval 50");
+  EXPECT_EQ(track.status, 0) << track.output;
+  EXPECT_EQ(track.output.rfind("time_s,x,y,status,flag\n", 0), 0u) << track.output;
+}
+
 TEST(Demo, ShowsWhatWasSentAndDrawn) {
   for (const char* way : {"", " --memory"}) {
     const Folder folder;

@@ -1,0 +1,63 @@
+// zrv save, load.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <filesystem>
+
+#include "ZRVDevice.h"
+#include "commands.h"
+#include "data_files.h"
+#include "errors.h"
+#include "session.h"
+
+namespace zrvtool {
+namespace {
+
+struct FileCommand {
+  std::string port, file;
+};
+
+void Save(const FileCommand& command) {
+  UseDefinitionsFile();
+  ZRVDevice device;
+  Connect(device, command.port);
+  ZRVDeviceParams params;
+  device.GetDeviceParams(&params);
+  Check(device, "read the parameters");
+  device.SaveDeviceParams(command.file.c_str(), &params);
+  if (!std::filesystem::is_regular_file(command.file))
+    throw ToolError("cannot write " + command.file + ": check that its folder exists and may be written to");
+  std::printf("parameters of %s saved in %s\n", params.DeviceName, command.file.c_str());
+}
+
+void Load(const FileCommand& command) {
+  UseDefinitionsFile();
+  ZRVDevice device;
+  Connect(device, command.port);
+  ZRVDeviceParams params;
+  device.GetDeviceParams(&params);
+  Check(device, "read the parameters");
+  device.LoadDeviceParams(&params, command.file.c_str());
+  Check(device, "read " + command.file);
+  device.SetDeviceParams(&params);
+  Check(device, "set the parameters of " + command.file);
+  std::printf("parameters of %s set\n", command.file.c_str());
+}
+
+}  // namespace
+
+void AddParameterFileCommands(CLI::App& app) {
+  auto options = std::make_shared<FileCommand>();
+  CLI::App* save = AddCommand(app, "save", "Save the parameters of a controller in a file",
+                              "zrv save ttyUSB0 mirror.ini");
+  save->add_option("port", options->port, "port of the controller, or auto")->required()->type_name("PORT");
+  save->add_option("file", options->file, "file to write")->required()->type_name("FILE");
+  save->callback([options] { Save(*options); });
+
+  CLI::App* load = AddCommand(app, "load", "Set the parameters that a file holds", "zrv load ttyUSB0 mirror.ini");
+  load->add_option("port", options->port, "port of the controller, or auto")->required()->type_name("PORT");
+  load->add_option("file", options->file, "file that zrv save wrote")->required()->check(CLI::ExistingFile)
+      ->type_name("FILE");
+  load->callback([options] { Load(*options); });
+}
+
+}  // namespace zrvtool
