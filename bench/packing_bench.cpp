@@ -29,7 +29,7 @@ struct Block {
                                           zrv::MakeGammaCurve(0.5f)};
 };
 
-void BM_Pack(benchmark::State& state) {
+void Pack(benchmark::State& state, zrv::PackPath path) {
   const Block block;
   const auto format = static_cast<uint32_t>(state.range(0));
   std::vector<uint8_t> out(kSamples * zrv::protocol::BytesPerSample(format));
@@ -43,12 +43,17 @@ void BM_Pack(benchmark::State& state) {
   source.start = kSamples / 3;
   source.delay = 40;
   for (auto _ : state) {
-    zrv::PackSamples(format, source, out.data());
+    zrv::PackSamples(format, source, out.data(), path);
     benchmark::ClobberMemory();
   }
   state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kSamples));
 }
+
+void BM_Pack(benchmark::State& state) { Pack(state, zrv::FastestPackPath()); }
 BENCHMARK(BM_Pack)->DenseRange(0, 4);
+
+void BM_PackPortable(benchmark::State& state) { Pack(state, zrv::PackPath::portable); }
+BENCHMARK(BM_PackPortable)->DenseRange(0, 4);
 
 void BM_Copy(benchmark::State& state) {
   const size_t bytes = kSamples * zrv::protocol::BytesPerSample(static_cast<uint32_t>(state.range(0)));
@@ -56,6 +61,7 @@ void BM_Copy(benchmark::State& state) {
   std::vector<uint8_t> to(bytes);
   for (auto _ : state) {
     std::memcpy(to.data(), from.data(), bytes);
+    benchmark::DoNotOptimize(to.data());  // else clang leaves the copy out
     benchmark::ClobberMemory();
   }
 }

@@ -1,8 +1,11 @@
 #include "device/packing.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstring>
 
+#include "device/packing_avx2.h"
 #include "device/protocol.h"
 
 namespace zrv {
@@ -10,14 +13,17 @@ namespace {
 
 using protocol::SampleFormat;
 
-// Samples worked on at a time: the loop over positions vectorises, and its result stays in the first-level cache.
+// Samples worked on at a time: what one step makes of them stays in the first-level cache for the next.
 constexpr size_t kChunk = 256;
 
-// Truncates (v + 1) * half towards zero, so that -1 gives 0 and +1 the full scale 2 * half.
+// Truncates (v + 1) * half towards zero, so that -1 gives 0 and +1 the full scale 2 * half. Clamping comes after the
+// scaling, with the same result, as compilers then keep the loop free of branches: NaN gives 0 in the first step,
+// and floats that are not negative compare as their bits do.
 uint32_t Quantise(float v, float half) {
-  const float bounded = v > -1.0f ? v : -1.0f;  // NaN too: code 0
-  const float clamped = bounded < 1.0f ? bounded : 1.0f;
-  return static_cast<uint32_t>(static_cast<int32_t>((clamped + 1.0f) * half));
+  const float scaled = (v + 1.0f) * half;
+  const float positive = scaled > 0.0f ? scaled : 0.0f;
+  const int32_t bits = std::min(std::bit_cast<int32_t>(positive), std::bit_cast<int32_t>(2.0f * half));
+  return static_cast<uint32_t>(static_cast<int32_t>(std::bit_cast<float>(bits)));
 }
 
 // 12 bits of X and 12 of Y go out most significant first: the three bytes, first one lowest.
@@ -26,104 +32,134 @@ uint32_t BytesOfXY12(uint32_t x, uint32_t y) {
   return bits >> 16 | (bits & 0xFF00) | (bits & 0xFF) << 16;
 }
 
-// The gamma-corrected colour, red lowest.
-uint32_t BytesOfColour(uint32_t colour, const std::array<GammaCurve, 3>& gamma) {
-  return static_cast<uint32_t>(gamma[0][colour >> 16 & 0xFF]) | static_cast<uint32_t>(gamma[1][colour >> 8 & 0xFF]) << 8 |
-         static_cast<uint32_t>(gamma[2][colour & 0xFF]) << 16;
+uint32_t BytesOfColour(uint32_t colour, const ColourTables& tables) {
+  return tables.channel[0][colour >> 16 & 0xFF] | tables.channel[1][colour >> 8 & 0xFF] |
+         tables.channel[2][colour & 0xFF];
 }
 
-// One sample format. Position() gives the bytes of X and Y, Word() the whole sample; first byte lowest in both.
+// One sample format. Position() gives the bytes of X and Y, Shown() the colour after blanking, Channel() what one
+// gamma-corrected channel (red 0, green 1, blue 2) adds to the colour bytes, Word() the sample; first byte lowest.
 template <SampleFormat format>
 struct Layout;
 
+struct LayoutWithoutColour {
+  static constexpr bool kHasColour = false;
+  static uint32_t Shown(uint8_t, uint32_t) { return 0; }
+};
+
 template <>
-struct Layout<protocol::kFormatXY16M> {
+struct Layout<protocol::kFormatXY16M> : LayoutWithoutColour {
   static uint32_t Position(float x, float y) { return Quantise(x, 32767.5f) | Quantise(y, 32767.5f) << 16; }
-  static uint64_t Word(uint32_t xy, uint64_t m, uint32_t, const std::array<GammaCurve, 3>&) { return xy | m << 32; }
+  static uint64_t Word(uint64_t xy, uint64_t m, uint64_t) { return xy | m << 32; }
 };
 
 template <>
-struct Layout<protocol::kFormatXY12M1> {
+struct Layout<protocol::kFormatXY12M1> : LayoutWithoutColour {
   static uint32_t Position(float x, float y) { return BytesOfXY12(Quantise(x, 2047.5f), Quantise(y, 1023.5f) << 1); }
-  static uint64_t Word(uint32_t xy, uint64_t m, uint32_t, const std::array<GammaCurve, 3>&) {
-    return xy | (m & 1) << 16;
-  }
+  static uint64_t Word(uint64_t xy, uint64_t m, uint64_t) { return xy | (m & 1) << 16; }
 };
 
-struct LayoutXY12 {
+template <>
+struct Layout<protocol::kFormatXY12RGB888> {
+  static constexpr bool kHasColour = true;
   static uint32_t Position(float x, float y) { return BytesOfXY12(Quantise(x, 2047.5f), Quantise(y, 2047.5f)); }
+  static uint32_t Shown(uint8_t m, uint32_t colour) { return m != 0 ? colour : 0; }
+  static uint32_t Channel(size_t channel, uint32_t value) { return value << (8 * channel); }
+  static uint64_t Word(uint64_t xy, uint64_t, uint64_t colour) { return xy | colour << 24; }
 };
 
 template <>
-struct Layout<protocol::kFormatXY12RGB565> : LayoutXY12 {
-  static uint64_t Word(uint32_t xy, uint64_t m, uint32_t colour, const std::array<GammaCurve, 3>& gamma) {
-    const uint64_t rgb = BytesOfColour(m != 0 ? colour : 0, gamma);
-    const uint64_t first = (rgb & 0xF8) | (rgb >> 13 & 0x07);           // R 7..3, G 7..5
-    const uint64_t second = (rgb >> 5 & 0xE0) | (rgb >> 19 & 0x1F);     // G 4..2, B 7..3
-    return xy | first << 24 | second << 32;
+struct Layout<protocol::kFormatXY12RGB565> : Layout<protocol::kFormatXY12RGB888> {
+  static uint32_t Channel(size_t channel, uint32_t value) {
+    if (channel == 0) return value & 0xF8;
+    if (channel == 1) return value >> 5 | (value << 11 & 0xE000);  // 7..5 in the first byte, 4..2 in the second
+    return value >> 3 << 8;
   }
 };
 
 template <>
-struct Layout<protocol::kFormatXY12RGB888> : LayoutXY12 {
-  static uint64_t Word(uint32_t xy, uint64_t m, uint32_t colour, const std::array<GammaCurve, 3>& gamma) {
-    return xy | static_cast<uint64_t>(BytesOfColour(m != 0 ? colour : 0, gamma)) << 24;
-  }
+struct Layout<protocol::kFormatXY12MRGB> : Layout<protocol::kFormatXY12RGB888> {
+  static uint32_t Shown(uint8_t, uint32_t colour) { return colour; }
+  static uint64_t Word(uint64_t xy, uint64_t m, uint64_t colour) { return xy | m << 24 | colour << 32; }
 };
 
-template <>
-struct Layout<protocol::kFormatXY12MRGB> : LayoutXY12 {
-  static uint64_t Word(uint32_t xy, uint64_t m, uint32_t colour, const std::array<GammaCurve, 3>& gamma) {
-    return xy | m << 24 | static_cast<uint64_t>(BytesOfColour(colour, gamma)) << 32;
-  }
-};
-
-// Compilers make one 8-byte store of this.
 template <size_t bytes>
 void Store(uint64_t word, uint8_t* out) {
-  for (size_t i = 0; i < bytes; ++i) out[i] = static_cast<uint8_t>(word >> (8 * i));
+  if constexpr (std::endian::native == std::endian::little) {
+    std::memcpy(out, &word, bytes);
+  } else {
+    for (size_t i = 0; i < bytes; ++i) out[i] = static_cast<uint8_t>(word >> (8 * i));
+  }
 }
 
-// count samples from position onwards, m and colour from mark onwards: no index wraps within. A sample is stored
-// with 8 bytes, of which the next sample overwrites the surplus; those that have no such successor in this run are
-// stored exactly.
+// A sample is stored with 8 bytes, of which the next sample overwrites the surplus; those that have no such
+// successor in their chunk are stored exactly.
 template <SampleFormat format>
-void PackRun(const SampleSource& source, size_t position, size_t mark, size_t count, uint8_t* out) {
+void PackChunk(const SampleRun& chunk, uint8_t* out) {
   using Format = Layout<format>;
   constexpr size_t kBytes = protocol::BytesPerSample(format);
   constexpr size_t kStoredExactly = 8 / kBytes;
-  const float* x = source.x + position;
-  const float* y = source.y + position;
-  const uint8_t* m = source.m + mark;
-  const uint32_t* colours = source.colours + mark;
-  const auto& gamma = *source.gamma;
-  uint32_t xy[kChunk];
-  for (size_t done = 0; done < count; done += kChunk) {
-    const size_t n = std::min(count - done, kChunk);
-    for (size_t i = 0; i < n; ++i) xy[i] = Format::Position(x[done + i], y[done + i]);
-    const size_t overlapping = n > kStoredExactly ? n - kStoredExactly : 0;
-    size_t i = 0;
-    for (; i < overlapping; ++i, out += kBytes) {
-      Store<8>(Format::Word(xy[i], m[done + i], colours[done + i], gamma), out);
-    }
-    for (; i < n; ++i, out += kBytes) {
-      Store<kBytes>(Format::Word(xy[i], m[done + i], colours[done + i], gamma), out);
+  uint32_t xy[kChunk], shown[kChunk];
+  for (size_t i = 0; i < chunk.count; ++i) xy[i] = Format::Position(chunk.x[i], chunk.y[i]);
+  for (size_t i = 0; i < chunk.count; ++i) shown[i] = Format::Shown(chunk.m[i], chunk.colours[i]);
+  const auto word = [&](size_t i) {
+    return Format::Word(xy[i], chunk.m[i], Format::kHasColour ? BytesOfColour(shown[i], *chunk.tables) : 0);
+  };
+  const size_t overlapping = chunk.count - std::min(chunk.count, kStoredExactly);
+  size_t i = 0;
+  for (; i < overlapping; ++i) Store<8>(word(i), out + i * kBytes);
+  for (; i < chunk.count; ++i) Store<kBytes>(word(i), out + i * kBytes);
+}
+
+SampleRun Part(const SampleRun& run, size_t from, size_t count) {
+  return {run.x + from, run.y + from, run.m + from, run.colours + from, run.tables, count};
+}
+
+template <SampleFormat format>
+void PackRun(const SampleRun& run, PackPath path, uint8_t* out) {
+  size_t done = path == PackPath::avx2 ? PackRunAvx2(format, run, out) : 0;
+  while (done < run.count) {
+    const size_t count = std::min(run.count - done, kChunk);
+    PackChunk<format>(Part(run, done, count), out + done * protocol::BytesPerSample(format));
+    done += count;
+  }
+}
+
+template <SampleFormat format>
+ColourTables MakeTables(const std::array<GammaCurve, 3>& gamma) {
+  ColourTables tables;
+  for (size_t channel = 0; channel < 3; ++channel) {
+    for (size_t value = 0; value < 256; ++value) {
+      tables.channel[channel][value] = Layout<format>::Channel(channel, gamma[channel][value]);
     }
   }
+  return tables;
 }
 
 // The block is circular twice over: it begins at start, and its marks run delay samples behind. Both wrap once,
 // so it falls into at most three straight runs.
 template <SampleFormat format>
-void Pack(const SampleSource& source, uint8_t* out) {
+void PackRuns(const SampleSource& source, const ColourTables* tables, PackPath path, uint8_t* out) {
   size_t position = source.start;
   size_t mark = position >= source.delay ? position - source.delay : source.count - source.delay + position;
   for (size_t packed = 0; packed < source.count;) {
-    const size_t run = std::min({source.count - position, source.count - mark, source.count - packed});
-    PackRun<format>(source, position, mark, run, out + packed * protocol::BytesPerSample(format));
-    packed += run;
-    position = (position + run) % source.count;
-    mark = (mark + run) % source.count;
+    const size_t count = std::min({source.count - position, source.count - mark, source.count - packed});
+    const SampleRun run = {source.x + position,    source.y + position, source.m + mark,
+                           source.colours + mark, tables,              count};
+    PackRun<format>(run, path, out + packed * protocol::BytesPerSample(format));
+    packed += count;
+    position = (position + count) % source.count;
+    mark = (mark + count) % source.count;
+  }
+}
+
+template <SampleFormat format>
+void Pack(const SampleSource& source, PackPath path, uint8_t* out) {
+  if constexpr (Layout<format>::kHasColour) {
+    const ColourTables tables = MakeTables<format>(*source.gamma);
+    PackRuns<format>(source, &tables, path, out);
+  } else {
+    PackRuns<format>(source, nullptr, path, out);
   }
 }
 
@@ -137,13 +173,18 @@ GammaCurve MakeGammaCurve(float gamma) {
   return curve;
 }
 
-void PackSamples(uint32_t format, const SampleSource& source, uint8_t* out) {
+PackPath FastestPackPath() {
+  static const PackPath path = HasAvx2() ? PackPath::avx2 : PackPath::portable;
+  return path;
+}
+
+void PackSamples(uint32_t format, const SampleSource& source, uint8_t* out, PackPath path) {
   switch (format) {
-    case protocol::kFormatXY16M: return Pack<protocol::kFormatXY16M>(source, out);
-    case protocol::kFormatXY12M1: return Pack<protocol::kFormatXY12M1>(source, out);
-    case protocol::kFormatXY12RGB565: return Pack<protocol::kFormatXY12RGB565>(source, out);
-    case protocol::kFormatXY12RGB888: return Pack<protocol::kFormatXY12RGB888>(source, out);
-    case protocol::kFormatXY12MRGB: return Pack<protocol::kFormatXY12MRGB>(source, out);
+    case protocol::kFormatXY16M: return Pack<protocol::kFormatXY16M>(source, path, out);
+    case protocol::kFormatXY12M1: return Pack<protocol::kFormatXY12M1>(source, path, out);
+    case protocol::kFormatXY12RGB565: return Pack<protocol::kFormatXY12RGB565>(source, path, out);
+    case protocol::kFormatXY12RGB888: return Pack<protocol::kFormatXY12RGB888>(source, path, out);
+    case protocol::kFormatXY12MRGB: return Pack<protocol::kFormatXY12MRGB>(source, path, out);
     default: return;
   }
 }

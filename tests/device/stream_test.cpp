@@ -1,7 +1,9 @@
 // Sample blocks: their bytes in every format, rotation and delay, playback commands, stop values.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <random>
 
@@ -48,16 +50,24 @@ std::array<GammaCurve, 3> Gammas(float red, float green, float blue) {
   return {MakeGammaCurve(red), MakeGammaCurve(green), MakeGammaCurve(blue)};
 }
 
+// Single samples, and so many that every inner loop runs.
 TEST(Packing, Layouts) {
   const auto gamma = Gammas(1, 1, 1);
   for (const auto& c : kPackCases) {
     SCOPED_TRACE(c.name);
-    const SampleSource source = {&c.x, &c.y, &c.m, &c.colour, &gamma, 1, 0, 0};
-    uint8_t out[8] = {0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE};
-    PackSamples(c.format, source, out);
     const size_t bytes = protocol::BytesPerSample(c.format);
-    EXPECT_EQ(Hex(out, bytes), c.bytes);
-    EXPECT_EQ(out[bytes], 0xEE);
+    for (const PackPath path : {PackPath::portable, FastestPackPath()}) {
+      for (const size_t count : {1u, 40u}) {
+        const std::vector<float> x(count, c.x), y(count, c.y);
+        const std::vector<uint8_t> m(count, c.m);
+        const std::vector<uint32_t> colours(count, c.colour);
+        const SampleSource source = {x.data(), y.data(), m.data(), colours.data(), &gamma, count, 0, 0};
+        std::vector<uint8_t> out(count * bytes + 16, 0xEE);
+        PackSamples(c.format, source, out.data(), path);
+        for (size_t k = 0; k < count; ++k) EXPECT_EQ(Hex(&out[k * bytes], bytes), c.bytes);
+        EXPECT_EQ(std::count(out.end() - 16, out.end(), 0xEE), 16);
+      }
+    }
   }
 }
 
@@ -69,39 +79,77 @@ TEST(Packing, GammaCurvesFollowTheFormula) {
   for (int value = 0; value < 256; ++value) EXPECT_EQ(MakeGammaCurve(1)[static_cast<size_t>(value)], value);
 }
 
-// Every sample of every format against its definition, for blocks longer than a chunk, all wraps included.
-TEST(Packing, RotationAndDelayAreCircular) {
-  std::mt19937 random(7);
-  std::uniform_real_distribution<float> position(-1.2f, 1.2f);
-  const auto gamma = Gammas(1, 1, 1);
-  for (const size_t count : {1u, 2u, 4u, 255u, 256u, 257u, 1000u}) {
-    std::vector<float> x(count), y(count);
-    std::vector<uint8_t> m(count);
-    std::vector<uint32_t> colours(count);
+// Mostly positions about the range -1..1, with every value that is treated apart.
+float AnyPosition(std::mt19937& random) {
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  constexpr float kSpecial[] = {kNaN, -kNaN, kInfinity, -kInfinity, 1.0f, -1.0f, 0.0f, -0.0f, 3e38f, -3e38f, 1e-40f,
+                                0.99999994f, -0.99999994f, 1.0000001f, -1.0000001f};
+  if (random() % 8 == 0) return kSpecial[random() % std::size(kSpecial)];
+  return std::uniform_real_distribution<float>(-1.2f, 1.2f)(random);
+}
+
+struct Samples {
+  explicit Samples(size_t count) : x(count), y(count), m(count), colours(count) {
+    std::mt19937 random(7);
     for (size_t i = 0; i < count; ++i) {
-      x[i] = position(random);
-      y[i] = position(random);
-      m[i] = static_cast<uint8_t>(random());
-      colours[i] = random() & 0xFFFFFF;
+      x[i] = AnyPosition(random);
+      y[i] = AnyPosition(random);
+      m[i] = random() % 4 == 0 ? 0 : static_cast<uint8_t>(random());
+      colours[i] = static_cast<uint32_t>(random());  // the upper byte is to be ignored
     }
+  }
+  std::vector<float> x, y;
+  std::vector<uint8_t> m;
+  std::vector<uint32_t> colours;
+};
+
+// The whole block against its samples packed singly, into an area that must stay untouched behind it.
+void CheckBlock(uint32_t format, const SampleSource& block, PackPath path) {
+  const size_t width = protocol::BytesPerSample(format);
+  std::vector<uint8_t> out(block.count * width + 16, 0xEE);
+  std::vector<uint8_t> expected = out;
+  PackSamples(format, block, out.data(), path);
+  for (size_t k = 0; k < block.count; ++k) {
+    const size_t j = (k + block.start) % block.count;
+    const size_t jd = (j + block.count - block.delay) % block.count;
+    const SampleSource one = {&block.x[j], &block.y[j], &block.m[jd], &block.colours[jd], block.gamma, 1, 0, 0};
+    PackSamples(format, one, &expected[k * width], PackPath::portable);
+  }
+  ASSERT_EQ(Hex(out.data(), out.size()), Hex(expected.data(), expected.size()))
+      << "format " << format << " count " << block.count << " start " << block.start << " delay " << block.delay;
+}
+
+// Blocks about the lengths where an inner loop hands over to another, all wraps included.
+TEST(Packing, RotationAndDelayAreCircular) {
+  const auto gamma = Gammas(0, 2, 0.5f);  // 0: black shines, also where it comes from blanking
+  for (const size_t count : {1u, 2u, 4u, 11u, 12u, 13u, 20u, 255u, 256u, 257u, 1000u}) {
+    const Samples s(count);
     for (const size_t start : {size_t{0}, count / 3, count - 1}) {
       for (const size_t delay : {size_t{0}, std::min<size_t>(1, count - 1), count / 2, count - 1}) {
         for (uint32_t format = 0; format < 5; ++format) {
-          const size_t width = protocol::BytesPerSample(format);
-          const SampleSource source = {x.data(), y.data(), m.data(), colours.data(), &gamma, count, start, delay};
-          std::vector<uint8_t> block(count * width);
-          PackSamples(format, source, block.data());
-          for (size_t k = 0; k < count; ++k) {
-            const size_t j = (k + start) % count;
-            const size_t jd = (j + count - delay) % count;
-            uint8_t expected[7];
-            const SampleSource one = {&x[j], &y[j], &m[jd], &colours[jd], &gamma, 1, 0, 0};
-            PackSamples(format, one, expected);
-            ASSERT_EQ(Hex(&block[k * width], width), Hex(expected, width))
-                << "format " << format << " sample " << k << " of " << count << " start " << start << " delay " << delay;
+          for (const PackPath path : {PackPath::portable, FastestPackPath()}) {
+            CheckBlock(format, {s.x.data(), s.y.data(), s.m.data(), s.colours.data(), &gamma, count, start, delay},
+                       path);
           }
         }
       }
+    }
+  }
+}
+
+// The formula evaluated value by value, in 16 bits.
+TEST(Packing, PositionsFollowTheFormula) {
+  const size_t count = 20000;
+  const Samples s(count);
+  const auto gamma = Gammas(1, 1, 1);
+  const SampleSource source = {s.x.data(), s.y.data(), s.m.data(), s.colours.data(), &gamma, count, 0, 0};
+  for (const PackPath path : {PackPath::portable, FastestPackPath()}) {
+    std::vector<uint8_t> out(count * 5);
+    PackSamples(0, source, out.data(), path);
+    for (size_t i = 0; i < count; ++i) {
+      const float v = s.x[i];
+      const float clamped = std::isnan(v) ? -1.0f : std::min(std::max(v, -1.0f), 1.0f);
+      ASSERT_EQ(out[5 * i] + out[5 * i + 1] * 256, static_cast<int>((clamped + 1) * 32767.5f)) << v;
     }
   }
 }
