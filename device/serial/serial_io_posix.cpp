@@ -210,6 +210,9 @@ int ZRVSerialIO::Read(void* buffer, unsigned int count, unsigned int* received, 
   unsigned int done = 0;
   int status = kOk;
   while (status == kOk && done < count) {
+    // An answer is hardly ever there already: waiting first saves the read that finds nothing.
+    if (!port_->returnAtOnce) status = WaitFor(fd, POLLIN, deadline);
+    if (status != kOk) break;
     const ssize_t moved = RetryOnSignal([&] { return read(fd, bytes + done, count - done); });
     if (moved > 0) {
       done += static_cast<unsigned int>(moved);
@@ -217,8 +220,6 @@ int ZRVSerialIO::Read(void* buffer, unsigned int count, unsigned int* received, 
       status = kFailed;  // 0 bytes is a hang-up
     } else if (port_->returnAtOnce) {
       break;
-    } else {
-      status = WaitFor(fd, POLLIN, deadline);
     }
   }
   if (received != nullptr) *received = done;
