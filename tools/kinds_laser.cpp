@@ -71,7 +71,7 @@ std::vector<OptionRow> BurnRows() {
 Draft Picture(ZRVDataGenerator& g, const Values& v) {
   Image image = LoadImage(v.Text("file"));
   IplImage header;
-  cvInitImageHeader(&header, cvSize(image.width, image.height), IPL_DEPTH_8U, 3, IPL_ORIGIN_TL, 1);
+  cvInitImageHeader(&header, cvSize(image.width, image.height), IPL_DEPTH_8U, 3, IPL_ORIGIN_TL, 4);
   cvSetData(&header, image.bgr.data(), 3 * image.width);
   const Rates rates = RatesOf(v);
   return Burnt([&](float* x, float* y, unsigned char* m, unsigned int& rate) {

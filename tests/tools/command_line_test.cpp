@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "run_zrv.h"
+#include "tools/canvas.h"
 
 namespace zrvtool::test {
 namespace {
@@ -132,6 +133,30 @@ TEST(CommandLine, FiltersAPointFile) {
   EXPECT_EQ(count, 400);
   EXPECT_GT(steepest, 0.01);  // it still moves
   EXPECT_LT(steepest, 0.2);   // the edges of the square are a jump of 1
+}
+
+// Only the left half of the picture is dark, and its width is no multiple of four bytes.
+TEST(CommandLine, BurnsAPictureWhereItIsDark) {
+  if (Zrv("generate --help").output.find("\n  image ") == std::string::npos) GTEST_SKIP() << "built without OpenCV";
+  const Folder folder;
+  {
+    Canvas canvas(folder.File("half.png"), 51, 51);
+    canvas.Fill({0, 0, 51, 51}, Rgb(0xFFFFFF));
+    canvas.Fill({0, 0, 25, 51}, Rgb(0x000000));
+    canvas.Save();
+  }
+  const Outcome outcome = Zrv("generate image " + folder.File("half.png") + " --lines 20 --pixels 20 -o " + folder.File("o.txt"));
+  ASSERT_EQ(outcome.status, 0) << outcome.output;
+  std::istringstream text(ReadText(folder.File("o.txt")));
+  std::string head;
+  std::getline(text, head);
+  int lit = 0;
+  for (double x = 0, y = 0, m = 0; text >> x >> y >> m;) {
+    if (m < 200) continue;
+    ++lit;
+    EXPECT_LT(x, 0.05);
+  }
+  EXPECT_GT(lit, 150);
 }
 
 TEST(CommandLine, QuietInAPipe) {
