@@ -8,7 +8,7 @@
 
 #include "commands.h"
 #include "errors.h"
-#include "filter_spec.h"
+#include "filter_choice.h"
 #include "kinds.h"
 #include "pattern_options.h"
 #include "picture.h"
@@ -24,10 +24,10 @@ struct FilterCommand {
 };
 
 // What one impulse makes of the filter, long enough to have died away.
-std::vector<float> ImpulseResponse(const FilterSpec& spec, float rate) {
+std::vector<float> ImpulseResponse(const FilterChoice& choice, float rate) {
   constexpr std::size_t kLength = 16384;
   ZRVDataGenerator generator;
-  SetUpFilter(generator, spec, rate, false);
+  SetUpFilter(generator, choice, rate, false);
   std::vector<float> impulse(kLength), response(kLength);
   impulse[0] = 1;
   generator.FilterData(impulse.data(), response.data(), kLength, false);
@@ -71,9 +71,9 @@ Plot StepPlot(const std::vector<float>& h, double rate, double cutoff) {
   return plot;
 }
 
-std::vector<Plot> ResponsePlots(const FilterSpec& spec, unsigned int rate) {
+std::vector<Plot> ResponsePlots(const FilterChoice& choice, unsigned int rate) {
   constexpr double kFloor = 1e-6;  // single precision says nothing below
-  const std::vector<float> h = ImpulseResponse(spec, static_cast<float>(rate));
+  const std::vector<float> h = ImpulseResponse(choice, static_cast<float>(rate));
   const std::vector<double> hertz = Frequencies(rate);
   Plot magnitude = {"Magnitude", "frequency, Hz", "dB", hertz, {{"", {}}}, true};
   Plot phase = {"Phase", "frequency, Hz", "degrees", hertz, {{"", {}}}, true};
@@ -90,32 +90,32 @@ std::vector<Plot> ResponsePlots(const FilterSpec& spec, unsigned int rate) {
     phase.series[0].y.push_back(heard ? angle * 180 / std::numbers::pi : NAN);
     delay.series[0].y.push_back(heard ? 1000 * (s.slope / s.value).real() / rate : NAN);
   }
-  return {magnitude, phase, delay, StepPlot(h, rate, static_cast<double>(spec.cutoff))};
+  return {magnitude, phase, delay, StepPlot(h, rate, static_cast<double>(choice.cutoff))};
 }
 
-void DrawResponse(const FilterCommand& command, const FilterSpec& spec) {
+void DrawResponse(const FilterCommand& command, const FilterChoice& choice) {
   const unsigned int rate = command.rate == 0 ? 20000 : command.rate;
-  DrawPlots(command.response, ResponsePlots(spec, rate),
-            Describe(spec) + ", at " + std::to_string(rate) + " samples/s", 2);
-  std::printf("%s: response in %s\n", Describe(spec).c_str(), command.response.c_str());
+  DrawPlots(command.response, ResponsePlots(choice, rate),
+            Describe(choice) + ", at " + std::to_string(rate) + " samples/s", 2);
+  std::printf("%s: response in %s\n", Describe(choice).c_str(), command.response.c_str());
 }
 
-void FilterFile(const FilterCommand& command, const FilterSpec& spec) {
+void FilterFile(const FilterCommand& command, const FilterChoice& choice) {
   std::vector<std::pair<std::string, std::string>> options = {
       {"file", command.input}, {"filter", command.filter}, {"rate", std::to_string(command.rate)}};
   if (command.zeroPhase) options.push_back({"zero-phase", "1"});
   Pattern pattern = MakePattern("points", options);
   ZRVDataGenerator().ExportFile(command.output.c_str(), pattern.x.data(), pattern.y.data(), pattern.m.data(),
                                 static_cast<unsigned int>(pattern.size()), pattern.rate);
-  std::printf("%s: %s in %s\n", Describe(spec).c_str(), Describe(pattern).c_str(), command.output.c_str());
+  std::printf("%s: %s in %s\n", Describe(choice).c_str(), Describe(pattern).c_str(), command.output.c_str());
 }
 
 void Filter(const FilterCommand& command) {
-  const FilterSpec spec = FilterSpecIn(command.filter);
+  const FilterChoice choice = FilterChoiceIn(command.filter);
   if (command.response.empty() && command.output.empty())
     throw ToolError("nothing to do: give a point file to read and one to write, or --response FILE for a picture");
-  if (!command.output.empty()) FilterFile(command, spec);
-  if (!command.response.empty()) DrawResponse(command, spec);
+  if (!command.output.empty()) FilterFile(command, choice);
+  if (!command.response.empty()) DrawResponse(command, choice);
 }
 
 }  // namespace

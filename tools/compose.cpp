@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "errors.h"
-#include "filter_spec.h"
+#include "filter_choice.h"
 #include "kinds.h"
 
 namespace zrvtool {
@@ -126,7 +126,7 @@ Pattern MakePattern(const Kind& kind, const Values& values) {
   if (values.Count("rate") != 0) pattern.rate = values.Count("rate");
   if (pattern.rate == 0) pattern.rate = kDefaultRate;
   if (!values.Text("filter").empty())
-    ApplyFilter(generator, FilterSpecIn(values.Text("filter")), values.Flag("zero-phase"), draft.overTime,
+    ApplyFilter(generator, FilterChoiceIn(values.Text("filter")), values.Flag("zero-phase"), draft.overTime,
                 pattern);
   return std::move(pattern);
 }

@@ -6,7 +6,7 @@
 
 #include "run_zrv.h"
 #include "tools/errors.h"
-#include "tools/filter_spec.h"
+#include "tools/filter_choice.h"
 #include "tools/kinds.h"
 #include "tools/values.h"
 
@@ -160,15 +160,15 @@ TEST(Laser, BurnsTheChartInItsPlace) {
   EXPECT_GT(std::count(p.m.begin(), p.m.end(), 255), 500);
 }
 
-TEST(Filter, SpecificationsAreReadOrRefused) {
-  const FilterSpec spec = FilterSpecIn("chebyshev2:12:1500.5");
-  EXPECT_EQ(spec.type, 4u);
-  EXPECT_EQ(spec.order, 12u);
-  EXPECT_EQ(spec.cutoff, 1500.5f);
-  EXPECT_EQ(Describe(spec), "Chebyshev II low-pass, order 12, 1500.5 Hz");
+TEST(Filter, ChoicesAreReadOrRefused) {
+  const FilterChoice choice = FilterChoiceIn("chebyshev2:12:1500.5");
+  EXPECT_EQ(choice.type, 4u);
+  EXPECT_EQ(choice.order, 12u);
+  EXPECT_EQ(choice.cutoff, 1500.5f);
+  EXPECT_EQ(Describe(choice), "Chebyshev II low-pass, order 12, 1500.5 Hz");
   for (const char* text : {"", "bessel", "bessel:5", "bessel:0:100", "bessel:21:100", "bessel:2.5:100", "bessel:5:0",
                            "bessel:5:-3", "bessel:5:nan", "Bessel:5:100", "bessel:5:100:7", "file:/no/such/file"})
-    EXPECT_THROW(FilterSpecIn(text), ToolError) << text;
+    EXPECT_THROW(FilterChoiceIn(text), ToolError) << text;
 }
 
 TEST(Values, NumbersAreWholeTexts) {

@@ -1,4 +1,4 @@
-#include "filter_spec.h"
+#include "filter_choice.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -30,13 +30,13 @@ constexpr unsigned int kGeneric = 7;
 
 }  // namespace
 
-FilterSpec FilterSpecIn(const std::string& text) {
-  FilterSpec spec;
+FilterChoice FilterChoiceIn(const std::string& text) {
+  FilterChoice choice;
   if (text.starts_with("file:")) {
-    spec.type = kGeneric;
-    spec.file = text.substr(5);
-    if (!std::filesystem::is_regular_file(spec.file)) throw ToolError("--filter: there is no file " + spec.file);
-    return spec;
+    choice.type = kGeneric;
+    choice.file = text.substr(5);
+    if (!std::filesystem::is_regular_file(choice.file)) throw ToolError("--filter: there is no file " + choice.file);
+    return choice;
   }
   const std::vector<std::string> words = Split(text, ':');
   if (words.size() != 3) Refuse(text, "three parts are needed");
@@ -46,30 +46,30 @@ FilterSpec FilterSpecIn(const std::string& text) {
   const double order = ParseNumber(words[1], "--filter, order"), cutoff = ParseNumber(words[2], "--filter, cutoff");
   if (order < 1 || order > 20 || order != static_cast<unsigned int>(order)) Refuse(text, "the order goes from 1 to 20");
   if (cutoff <= 0) Refuse(text, "the cutoff must be above 0 Hz");
-  spec.type = family->type;
-  spec.family = family->name;
-  spec.order = static_cast<unsigned int>(order);
-  spec.cutoff = static_cast<float>(cutoff);
-  return spec;
+  choice.type = family->type;
+  choice.family = family->name;
+  choice.order = static_cast<unsigned int>(order);
+  choice.cutoff = static_cast<float>(cutoff);
+  return choice;
 }
 
-std::string Describe(const FilterSpec& spec) {
-  if (spec.type == kGeneric) return "Filter of " + spec.file;
+std::string Describe(const FilterChoice& choice) {
+  if (choice.type == kGeneric) return "Filter of " + choice.file;
   char cutoff[32];
-  std::snprintf(cutoff, sizeof cutoff, "%g", static_cast<double>(spec.cutoff));
-  return spec.family + " low-pass, order " + std::to_string(spec.order) + ", " + cutoff + " Hz";
+  std::snprintf(cutoff, sizeof cutoff, "%g", static_cast<double>(choice.cutoff));
+  return choice.family + " low-pass, order " + std::to_string(choice.order) + ", " + cutoff + " Hz";
 }
 
-void SetUpFilter(ZRVDataGenerator& generator, const FilterSpec& spec, float rate, bool twoChannels) {
-  if (spec.type == kGeneric) generator.LoadIIRFilterParams(spec.file.c_str());
-  else if (spec.cutoff >= rate / 2)
-    throw ToolError("--filter: the cutoff of " + std::to_string(static_cast<int>(spec.cutoff)) +
+void SetUpFilter(ZRVDataGenerator& generator, const FilterChoice& choice, float rate, bool twoChannels) {
+  if (choice.type == kGeneric) generator.LoadIIRFilterParams(choice.file.c_str());
+  else if (choice.cutoff >= rate / 2)
+    throw ToolError("--filter: the cutoff of " + std::to_string(static_cast<int>(choice.cutoff)) +
                     " Hz must be below half the sample rate (" + std::to_string(static_cast<int>(rate)) + " per second)");
-  generator.SetupSoftwareFilter(spec.type, spec.order, spec.cutoff, rate, twoChannels);
+  generator.SetupSoftwareFilter(choice.type, choice.order, choice.cutoff, rate, twoChannels);
 }
 
-void ApplyFilter(ZRVDataGenerator& generator, const FilterSpec& spec, bool zeroPhase, bool overTime, Pattern& p) {
-  SetUpFilter(generator, spec, static_cast<float>(p.rate), true);
+void ApplyFilter(ZRVDataGenerator& generator, const FilterChoice& choice, bool zeroPhase, bool overTime, Pattern& p) {
+  SetUpFilter(generator, choice, static_cast<float>(p.rate), true);
   const std::size_t room = p.size() * (zeroPhase ? 3 : 1);
   const auto count = static_cast<unsigned int>(p.size());
   std::vector<float> x(room), y(room);

@@ -1,6 +1,6 @@
 // The software output filter as the command line names it: family:order:cutoff.
-#ifndef ZRV_TOOLS_FILTER_SPEC_H
-#define ZRV_TOOLS_FILTER_SPEC_H
+#ifndef ZRV_TOOLS_FILTER_CHOICE_H
+#define ZRV_TOOLS_FILTER_CHOICE_H
 
 #include <string>
 
@@ -9,7 +9,7 @@
 
 namespace zrvtool {
 
-struct FilterSpec {
+struct FilterChoice {
   unsigned int type = 1;  // of SetupSoftwareFilter; 7 is a coefficient file
   std::string family;
   unsigned int order = 0;
@@ -18,17 +18,17 @@ struct FilterSpec {
 };
 
 // "bessel:5:1000" or "file:coefficients.bin". Throws ToolError when it is neither.
-FilterSpec FilterSpecIn(const std::string& text);
+FilterChoice FilterChoiceIn(const std::string& text);
 
 // "Bessel low-pass, order 5, 1000 Hz".
-std::string Describe(const FilterSpec& spec);
+std::string Describe(const FilterChoice& choice);
 
 // Sets the generator's filter up, from rest.
-void SetUpFilter(ZRVDataGenerator& generator, const FilterSpec& spec, float rate, bool twoChannels);
+void SetUpFilter(ZRVDataGenerator& generator, const FilterChoice& choice, float rate, bool twoChannels);
 
 // Filters the positions, y alone when x is a time axis. As for a pattern that is played over and over: the
 // filter has passed through it once before. The pattern's rate must be set.
-void ApplyFilter(ZRVDataGenerator& generator, const FilterSpec& spec, bool zeroPhase, bool overTime,
+void ApplyFilter(ZRVDataGenerator& generator, const FilterChoice& choice, bool zeroPhase, bool overTime,
                  Pattern& pattern);
 
 }  // namespace zrvtool
