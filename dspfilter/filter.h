@@ -59,9 +59,10 @@ class Filter {
   // Designs the filter anew, and starts it from rest.
   virtual void SetParams(const Params&) {}
 
-  // Filters count samples of each channel in place; channels points to NumChannels() arrays. The state
-  // goes on from the call before, and results do not depend on how a sequence is cut into calls.
-  virtual void Process(unsigned count, float* const* channels) = 0;
+  // Filters count samples of each channel; in and out point to NumChannels() arrays each, and the output may
+  // be the same arrays. The state goes on from the call before, and results do not depend on how a sequence
+  // is cut into calls.
+  virtual void Process(unsigned count, const float* const* in, float* const* out) = 0;
 
   // Back to rest: as if only zeros had been filtered so far.
   virtual void Reset() = 0;

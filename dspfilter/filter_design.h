@@ -29,30 +29,36 @@ class FilterDesign final : public Filter {
     memory_.Reset(cascade_);
   }
 
-  void Process(unsigned count, float* const* channels) override {
+  void Process(unsigned count, const float* const* in, float* const* out) override {
     for (unsigned start = 0; start < count;) {
       const unsigned size = std::min(count - start, kBlockFrames);
-      std::array<double, kBlockFrames * Channels> frames;
-      for (unsigned c = 0; c < Channels; ++c) Read(c, channels[c] + start, size, frames.data());
+      Frames frames;
+      Read(in, start, size, frames);
       memory_.Run(cascade_, frames.data(), size);
-      for (unsigned c = 0; c < Channels; ++c) Write(c, frames.data(), size, channels[c] + start);
+      Write(frames, start, size, out);
       start += size;
     }
   }
 
  private:
   static constexpr unsigned kBlockFrames = 256;  // stays in the first-level cache
+  using Frames = std::array<double, kBlockFrames * Channels>;
 
-  void Read(unsigned channel, const float* samples, unsigned size, double* frames) {
-    SampleInput input = inputs_[channel];
+  void Read(const float* const* in, unsigned start, unsigned size, Frames& frames) {
+    float scratch[Channels][kBlockFrames];
+    const float* samples[Channels];
+    for (unsigned c = 0; c < Channels; ++c) samples[c] = inputs_[c].Take(in[c] + start, size, scratch[c]);
+    const double gain = cascade_.gain;
     for (unsigned i = 0; i < size; ++i) {
-      frames[i * Channels + channel] = input.Take(samples[i]) * cascade_.gain;
+      for (unsigned c = 0; c < Channels; ++c) frames[i * Channels + c] = (samples[c][i] + kQuiet) * gain;
     }
-    inputs_[channel] = input;
   }
 
-  static void Write(unsigned channel, const double* frames, unsigned size, float* samples) {
-    for (unsigned i = 0; i < size; ++i) samples[i] = ToSample(frames[i * Channels + channel]);
+  static void Write(const Frames& frames, unsigned start, unsigned size, float* const* out) {
+    for (unsigned c = 0; c < Channels; ++c) {
+      float* samples = out[c] + start;
+      for (unsigned i = 0; i < size; ++i) samples[i] = ToSample(frames[i * Channels + c]);
+    }
   }
 
   Params params_;

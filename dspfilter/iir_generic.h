@@ -14,14 +14,14 @@ namespace Dsp {
 // as MATLAB and scipy give them. Runs in transposed direct form II.
 class IIRGeneric final : public Filter {
  public:
-  // order + 1 coefficients are taken from each block. Null when a block is shorter, when a[0] is 0, or
-  // when a coefficient divided by a[0] is not finite: there is no such filter.
+  // order + 1 coefficients are taken from each block. Null when a block is shorter, a[0] is 0,
+  // a coefficient divided by a[0] is not finite, or there are more than 2 channels: there is no such filter.
   static std::unique_ptr<Filter> Create(unsigned numChannels, unsigned order, std::span<const double> b,
                                         std::span<const double> a);
 
   unsigned NumChannels() const override { return static_cast<unsigned>(channels_.size()); }
   unsigned Order() const override { return static_cast<unsigned>(taps_.size()) - 1; }
-  void Process(unsigned count, float* const* channels) override;
+  void Process(unsigned count, const float* const* in, float* const* out) override;
   void Reset() override;
 
  private:

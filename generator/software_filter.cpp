@@ -42,31 +42,37 @@ unsigned int WholeRate(float samplesPerSecond) {
   return static_cast<unsigned int>(samplesPerSecond);
 }
 
-// One channel's sequence from in to out; three times over when it is to be filtered as periodic.
-void Spread(const float* in, float* out, size_t count, unsigned int times) {
+using Inputs = std::span<const float* const>;
+using Outputs = std::span<float* const>;
+
+void Copy(const float* in, float* out, size_t count) {
   if (out != in && count > 0) std::memmove(out, in, count * sizeof(float));
-  for (unsigned int i = 1; i < times; ++i) std::copy_n(out, count, out + i * count);
 }
 
-void Run(Dsp::Filter& filter, std::span<float* const> outs, unsigned int count, bool zeroPhase) {
-  if (!zeroPhase) return filter.Process(count, outs.data());
-  const unsigned int length = 3 * count;
-  for (int pass = 0; pass < 2; ++pass) {
-    filter.Process(length, outs.data());
-    for (float* out : outs) std::reverse(out, out + length);
+// The sequence three times over, as if played in a loop; forward, then backward; the middle is the result.
+void RunZeroPhase(Dsp::Filter& filter, Inputs ins, Outputs outs, unsigned int count) {
+  for (size_t c = 0; c < outs.size(); ++c) {
+    for (size_t copy = 0; copy < 3; ++copy) Copy(ins[c], outs[c] + copy * count, count);
   }
-  for (float* out : outs) std::copy_n(out + count, count, out);
+  for (int pass = 0; pass < 2; ++pass) {
+    filter.Process(3 * count, outs.data(), outs.data());
+    for (float* out : outs) std::reverse(out, out + size_t{3} * count);
+  }
+  for (float* out : outs) Copy(out + count, out, count);
 }
 
 // Null filter: plain copies.
-void Apply(Dsp::Filter* filter, std::span<const float* const> ins, std::span<float* const> outs,
-           unsigned int count, bool zeroPhase) {
+void Apply(Dsp::Filter* filter, Inputs ins, Outputs outs, unsigned int count, bool zeroPhase) {
   const auto missing = [](const float* array) { return array == nullptr; };
   if (std::ranges::any_of(ins, missing) || std::ranges::any_of(outs, missing)) return;
   if (zeroPhase && count > std::numeric_limits<unsigned int>::max() / 3) filter = nullptr;
-  const unsigned int times = filter != nullptr && zeroPhase ? 3 : 1;
-  for (size_t c = 0; c < ins.size(); ++c) Spread(ins[c], outs[c], count, times);
-  if (filter != nullptr) Run(*filter, outs, count, zeroPhase);
+  if (filter == nullptr) {
+    for (size_t c = 0; c < ins.size(); ++c) Copy(ins[c], outs[c], count);
+  } else if (zeroPhase) {
+    RunZeroPhase(*filter, ins, outs, count);
+  } else {
+    filter->Process(count, ins.data(), outs.data());
+  }
 }
 
 }  // namespace

@@ -477,7 +477,7 @@ class ZRV_API ZRVDataGenerator {
   // A null array: nothing happens.
   //
   // The state goes on from call to call, so that a long sequence can be filtered in pieces. A sample that is
-  // not a number, or infinite, counts as the last finite one before it.
+  // not a number, infinite or beyond 5e33 counts as the last good one before it, at first as 0.
   //
   // zeroPhase: forward, then backward, over the pattern repeated three times, as for one that is played in a
   // loop; the middle is kept. Nothing is delayed, and every attenuation in dB doubles. The output arrays must
