@@ -79,6 +79,7 @@ class ScriptedTransport : public ZRVSerialIO {
     Answer(0xA5, kAck);
     Answer(0xE0, kIdentification);
     Answer(0xE1, kLimits);
+    Answer(0xE2, kAck + Bytes{0, 0, 0});
     Answer(0xE4, kCentred);
     Answer(0xF2, kAck + Bytes{0x00, 0x80, 0x00, 0x80, 0, 0, 0, 0, 0});
     Answer(0xF3, kAck + kAck);
