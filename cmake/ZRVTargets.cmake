@@ -2,9 +2,12 @@
 # no reassociation. math-errno and trapping-math only say that nobody reads errno or the FP exception
 # flags; they change no result, and let the compiler vectorise square roots and selects.
 function(zrv_own_target target)
+  if(WIN32)  # windows.h without its min and max macros and rarely used parts; M_PI from <cmath>
+    target_compile_definitions(${target} PRIVATE NOMINMAX WIN32_LEAN_AND_MEAN _USE_MATH_DEFINES)
+  endif()
   if(MSVC)
     target_compile_options(${target} PRIVATE /W4 /fp:precise /utf-8)
-    target_compile_definitions(${target} PRIVATE _CRT_SECURE_NO_WARNINGS _USE_MATH_DEFINES NOMINMAX)
+    target_compile_definitions(${target} PRIVATE _CRT_SECURE_NO_WARNINGS)
     if(PROJECT_IS_TOP_LEVEL)
       target_compile_options(${target} PRIVATE /WX)
     endif()
