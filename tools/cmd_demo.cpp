@@ -39,16 +39,18 @@ void DrawPictures(const std::string& sentName, const std::string& drawnName, con
 }
 
 void PrintNextSteps() {
-  if (kHasPseudoTerminals) {
-    std::printf("\nTry next:\n"
-                "  zrv simulate --port-dir /tmp/zrv-ports          a controller to play with; leave it running\n"
-                "  zrv --port-dir /tmp/zrv-ports list              in another terminal: find it\n"
-                "  zrv --port-dir /tmp/zrv-ports play auto rose    and play on it; Ctrl-C stops\n");
-  } else {
-    std::printf("\nTry next:\n"
-                "  zrv list                                        which controllers are there?\n"
-                "  zrv generate rose --preview rose.png            a pattern and its picture\n"
-                "  zrv play auto rose                              play on the first controller; Ctrl-C stops\n");
+  const struct {
+    const char* arguments;
+    const char* effect;
+  } kOnTerminals[] = {{"simulate --port-dir /tmp/zrv-ports", "a controller to play with; leave it running"},
+                      {"--port-dir /tmp/zrv-ports list", "in another terminal: find it"},
+                      {"--port-dir /tmp/zrv-ports play auto rose", "and play on it; Ctrl-C stops"}},
+    kElsewhere[] = {{"list", "which controllers are there?"},
+                    {"generate rose --preview rose.png", "a pattern and its picture"},
+                    {"play auto rose", "play on the first controller; Ctrl-C stops"}};
+  std::printf("\nTry next:\n");
+  for (const auto& step : kHasPseudoTerminals ? kOnTerminals : kElsewhere) {
+    std::printf("  %s %-42s%s\n", ProgramName().c_str(), step.arguments, step.effect);
   }
 }
 

@@ -47,11 +47,12 @@ sim::AnalogSignal SignalIn(const std::string& text) {
 }
 
 void PrintWhereItIs(const SimulateCommand& command, const std::string& port) {
+  const char* program = ProgramName().c_str();
   const std::string how = command.portDirectory->empty() ? "" : "--port-dir " + *command.portDirectory + " ";
   const std::string name = command.portDirectory->empty() ? port : port.substr(port.rfind('/') + 1);
   std::printf("simulated controller \"%s\" at %s\n", command.options.deviceName.c_str(), port.c_str());
-  std::printf("in another terminal:  zrv %sinfo %s\n", how.c_str(), name.c_str());
-  std::printf("                      zrv %splay %s lissajous\n", how.c_str(), name.c_str());
+  std::printf("in another terminal:  %s %sinfo %s\n", program, how.c_str(), name.c_str());
+  std::printf("                      %s %splay %s lissajous\n", program, how.c_str(), name.c_str());
   std::printf("Ctrl-C ends it.\n");
   std::fflush(stdout);
 }

@@ -22,6 +22,9 @@ void AddDemoCommand(CLI::App& app);            // demo
 void AddFontCommand(CLI::App& app);            // font build
 void AddGalleryCommand(CLI::App& app);         // gallery
 
+// How this program was called ("zrv", "build/tools/zrv"), for hints that can be copied as they stand.
+std::string& ProgramName();
+
 // simulate; its port appears in the port directory, when one was given by the time it runs.
 void AddSimulateCommand(CLI::App& app, const std::string& portDirectory);
 

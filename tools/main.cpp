@@ -60,6 +60,7 @@ int Explain(const CLI::App& app, const CLI::ParseError& e) {
 }
 
 int Run(int argc, char** argv) {
+  if (argc > 0) ProgramName() = argv[0];
   CLI::App app("Drives a MEMS-mirror scanning controller, makes the scans it plays, and simulates one.", "zrv");
   std::string portDirectory;
   AddGlobalOptions(app, portDirectory);
@@ -75,6 +76,11 @@ int Run(int argc, char** argv) {
 }
 
 }  // namespace
+
+std::string& ProgramName() {
+  static std::string name = "zrv";
+  return name;
+}
 
 CLI::App* AddCommand(CLI::App& app, const std::string& name, const std::string& help, const std::string& example,
                      const std::string& more) {

@@ -30,7 +30,7 @@ constexpr ErrorText kErrors[] = {
     {ErrorInvalidValue, "ErrorInvalidValue", "the value is outside its range", "See --help for the range"},
     {ErrorReadOnlyParam, "ErrorReadOnlyParam", "a value in it can only be read", "The other values were set"},
     {ErrorInvalidParam, "ErrorInvalidParam", "there is no such parameter", "See: zrv get --help"},
-    {ErrorInvalidPortName, "ErrorInvalidPortName", "that is not the name of a serial port",
+    {ErrorInvalidPortName, "ErrorInvalidPortName", "there is no serial port of that name",
      "Give a name like ttyUSB0 or /dev/ttyUSB0 (on Windows COM3); zrv list shows them"},
     {ErrorNoDeviceFound, "ErrorNoDeviceFound", "no controller was found there",
      "Check the cable and your right to open the port; without hardware, run zrv simulate in another terminal"},
