@@ -17,7 +17,6 @@ using Generator = ZRVDataGenerator;
 using benchmark::State;
 using zrv::bench::Aim;
 
-constexpr unsigned int kSamples = 1000000;
 constexpr unsigned int kPoints = 10000;  // fits the second-level cache, so that arithmetic is what is measured
 
 struct Arrays {
@@ -42,7 +41,8 @@ Arrays Keypoints(unsigned int n) {
 
 Arrays Cloud() { return Keypoints(kPoints); }
 
-unsigned int Count(const State& state) { return static_cast<unsigned int>(state.range(0)); }
+unsigned int Samples(const State& state) { return static_cast<unsigned int>(state.range(0)); }
+unsigned int Count(const State& state) { return static_cast<unsigned int>(state.range(1)); }  // of keypoints
 
 void PerItem(State& state, size_t items) {
   state.SetItemsProcessed(static_cast<int64_t>(items) * static_cast<int64_t>(state.iterations()));
@@ -50,65 +50,75 @@ void PerItem(State& state, size_t items) {
 
 // --- Interpolation
 
+// A million samples from few keypoints to many, and the same ten times longer: the last has segments of 10 samples
+// in the one case, of 100 in the other.
+void SamplesAndKeypoints(benchmark::internal::Benchmark* b) {
+  for (int keypoints : {10, 1000, 100000}) b->Args({1000000, keypoints});
+  b->Args({10000000, 100000});
+}
+
 void FillOnly(State& state) {
-  Arrays out(kSamples);
+  Arrays out(Samples(state));
   for (auto _ : state) {
     std::fill(out.x.begin(), out.x.end(), 0.5f);
     std::fill(out.y.begin(), out.y.end(), 0.5f);
     std::fill(out.m.begin(), out.m.end(), static_cast<unsigned char>(255));
     benchmark::ClobberMemory();
   }
-  PerItem(state, kSamples);
+  PerItem(state, Samples(state));
 }
-BENCHMARK(FillOnly);
+BENCHMARK(FillOnly)->Arg(1000000)->Arg(10000000);
 
 void Linear(State& state) {
   Generator g;
   const Arrays in = Keypoints(Count(state));
-  Arrays out(kSamples + Count(state));
+  Arrays out(Samples(state) + Count(state));
   for (auto _ : state) {
     benchmark::DoNotOptimize(g.InterpolateDataLinear(in.x.data(), in.y.data(), in.m.data(), out.x.data(),
-                                                     out.y.data(), out.m.data(), Count(state), kSamples, 2));
+                                                     out.y.data(), out.m.data(), Count(state), Samples(state), 2));
   }
-  PerItem(state, kSamples);
+  PerItem(state, Samples(state));
 }
-BENCHMARK(Linear)->Arg(10)->Arg(1000)->Arg(100000);
+BENCHMARK(Linear)->Apply(SamplesAndKeypoints);
 
 void Trapezoidal(State& state) {
   Generator g;
   const Arrays in = Keypoints(Count(state));
-  Arrays out(kSamples + Count(state));
+  Arrays out(Samples(state) + Count(state));
   for (auto _ : state) {
     benchmark::DoNotOptimize(
         g.InterpolateDataTrapezoidal(in.x.data(), in.y.data(), in.m.data(), out.x.data(), out.y.data(),
-                                     out.m.data(), Count(state), kSamples, 2, 0.2f, 0.3f));
+                                     out.m.data(), Count(state), Samples(state), 2, 0.2f, 0.3f));
   }
-  PerItem(state, kSamples);
+  PerItem(state, Samples(state));
 }
-BENCHMARK(Trapezoidal)->Arg(10)->Arg(1000)->Arg(100000);
+BENCHMARK(Trapezoidal)->Apply(SamplesAndKeypoints);
 
 void Optimized(State& state) {
   Generator g;
   const Arrays in = Keypoints(Count(state));
-  Arrays out(kSamples + Count(state));
+  Arrays out(Samples(state) + Count(state));
   for (auto _ : state) {
     benchmark::DoNotOptimize(g.InterpolateDataOptimized(in.x.data(), in.y.data(), in.m.data(), out.x.data(),
-                                                        out.y.data(), out.m.data(), Count(state), kSamples));
+                                                        out.y.data(), out.m.data(), Count(state), Samples(state)));
   }
-  PerItem(state, kSamples);
+  PerItem(state, Samples(state));
 }
-BENCHMARK(Optimized)->Arg(10)->Arg(1000)->Arg(100000);
+BENCHMARK(Optimized)->Apply(SamplesAndKeypoints);
 
 const Aim kInterpolationAims[] = {
-    {"linear, 10 keypoints", "Linear/10", "FillOnly", 3},
-    {"linear, 1000 keypoints", "Linear/1000", "FillOnly", 3},
-    {"linear, 100000 keypoints", "Linear/100000", "FillOnly", 3},
-    {"trapezoidal, 10 keypoints", "Trapezoidal/10", "FillOnly", 3},
-    {"trapezoidal, 1000 keypoints", "Trapezoidal/1000", "FillOnly", 3},
-    {"trapezoidal, 100000 keypoints", "Trapezoidal/100000", "FillOnly", 3},
-    {"optimized, 10 keypoints", "Optimized/10", "FillOnly", 4},
-    {"optimized, 1000 keypoints", "Optimized/1000", "FillOnly", 4},
-    {"optimized, 100000 keypoints", "Optimized/100000", "FillOnly", 4},
+    {"linear, 10 keypoints", "Linear/1000000/10", "FillOnly/1000000", 3},
+    {"linear, 1000 keypoints", "Linear/1000000/1000", "FillOnly/1000000", 3},
+    {"linear, 100000 keypoints", "Linear/1000000/100000", "FillOnly/1000000", 3},
+    {"linear, 100000 keypoints, 10 million", "Linear/10000000/100000", "FillOnly/10000000", 3},
+    {"trapezoidal, 10 keypoints", "Trapezoidal/1000000/10", "FillOnly/1000000", 3},
+    {"trapezoidal, 1000 keypoints", "Trapezoidal/1000000/1000", "FillOnly/1000000", 3},
+    {"trapezoidal, 100000 keypoints", "Trapezoidal/1000000/100000", "FillOnly/1000000", 3},
+    {"trapezoidal, 100000 keypoints, 10 million", "Trapezoidal/10000000/100000", "FillOnly/10000000", 3},
+    {"optimized, 10 keypoints", "Optimized/1000000/10", "FillOnly/1000000", 4},
+    {"optimized, 1000 keypoints", "Optimized/1000000/1000", "FillOnly/1000000", 4},
+    {"optimized, 100000 keypoints", "Optimized/1000000/100000", "FillOnly/1000000", 4},
+    {"optimized, 100000 keypoints, 10 million", "Optimized/10000000/100000", "FillOnly/10000000", 4},
 };
 
 // --- Keypoints. A fresh copy each round, whose cost is in the figure.

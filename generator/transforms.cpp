@@ -200,12 +200,21 @@ unsigned int ZRVDataGenerator::TangentialTransformData(float* x, float* y, unsig
   const float s = std::abs(strength) < 1e-8f ? strength + 1e-8f : strength;
   const float inverse = 1.0f / s;
   const float edge = s / static_cast<float>(std::tan(static_cast<double>(s)));
-  for (size_t i = 0; i < count; ++i) {
-    const float u = std::sqrt(x[i] * x[i] + y[i] * y[i]) / inverse;
-    // The centre, and all of a negative strength, are scaled by u itself.
-    const float factor = u > 1e-8f ? u / static_cast<float>(std::tan(static_cast<double>(u))) / edge : u;
-    x[i] *= factor;
-    y[i] *= factor;
+  // In blocks, so that all but the tangents is vectorised.
+  constexpr size_t kBlock = 256;
+  float u[kBlock], tangent[kBlock];
+  for (size_t first = 0; first < count; first += kBlock) {
+    const size_t n = std::min(kBlock, count - first);
+    float* blockX = x + first;
+    float* blockY = y + first;
+    for (size_t i = 0; i < n; ++i) u[i] = std::sqrt(blockX[i] * blockX[i] + blockY[i] * blockY[i]) / inverse;
+    for (size_t i = 0; i < n; ++i) tangent[i] = static_cast<float>(std::tan(static_cast<double>(u[i])));
+    for (size_t i = 0; i < n; ++i) {
+      // The centre, and all of a negative strength, are scaled by u itself.
+      const float factor = u[i] > 1e-8f ? u[i] / tangent[i] / edge : u[i];
+      blockX[i] *= factor;
+      blockY[i] *= factor;
+    }
   }
   return count;
 }
