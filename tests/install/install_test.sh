@@ -1,8 +1,9 @@
 #!/bin/sh
-# Installs the library and builds a program against it, by find_package and by pkg-config. Arguments: the build
-# folder, the consumer's folder, the C++ compiler.
+# Installs the library and builds programs against it: somebody else's by find_package and by pkg-config, and the
+# README's examples as they stand. Arguments: the build folder, the source folder, the C++ and the C compiler.
 set -eu
-build=$1 consumer=$2 compiler=$3
+build=$1 source=$2 compiler=$3 c_compiler=$4
+consumer=$source/tests/install/consumer
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
@@ -22,3 +23,9 @@ export PKG_CONFIG_PATH
 # Words are meant to split here: they are compiler options.
 "$compiler" -std=c++17 "$consumer/main.cpp" -o "$work/plain" $(pkg-config --cflags --libs zrv)
 LD_LIBRARY_PATH=$library "$work/plain"
+
+example() { awk -v fence="\`\`\`$1" '$0 == fence { on = 1; next } /^```/ { on = 0 } on' "$source/README.md"; }
+example cpp >"$work/example.cpp"
+example c >"$work/example.c"
+"$compiler" -std=c++17 "$work/example.cpp" -o "$work/example_cpp" $(pkg-config --cflags --libs zrv)
+"$c_compiler" -std=c99 "$work/example.c" -o "$work/example_c" $(pkg-config --cflags --libs zrv)
