@@ -182,7 +182,12 @@ TEST(Filters, ChannelsAreIndependentAndFollowTheDifferenceEquation) {
 TEST(Filters, NonFiniteSamplesRepeatTheLastFiniteOne) {
   auto clean = MakeFilter<Elliptic, 1>(7, 0.2), dirty = clean;
   const auto expected = Filtered(clean, {0, 0.5f, 0.5f, 0.5f, -1, -1, 0.25f});
-  EXPECT_EQ(Filtered(dirty, {kNan, 0.5f, kInfinity, kNan, -1, -kInfinity, 0.25f}), expected);
+  const std::vector<float> samples = {kNan, 0.5f, kInfinity, kNan, -1, -kInfinity, 0.25f};
+  EXPECT_EQ(Filtered(dirty, samples), expected);
+  dirty.Reset();
+  for (size_t i = 0; i < samples.size(); ++i) {  // also when the last good one was in another call
+    EXPECT_EQ(Filtered(dirty, {samples[i]})[0], expected[i]) << i;
+  }
 }
 
 TEST(Filters, SilenceBecomesZeroAndStaysFast) {
