@@ -15,14 +15,14 @@ expected="ZRVDataGenerator.h ZRVDefinitions.h ZRVDevice.h ZRVFlatInterface.h ZRV
 
 cmake -S "$consumer" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
 cmake --build "$work/cmake" >/dev/null
-"$work/cmake/consumer"
+"$work/cmake/consumer" "$prefix/include/ZRVDefinitions.h"
 
 library=$(dirname "$(find "$prefix" -name libzrv.so)")
 PKG_CONFIG_PATH=$library/pkgconfig
 export PKG_CONFIG_PATH
 # Words are meant to split here: they are compiler options.
 "$compiler" -std=c++17 "$consumer/main.cpp" -o "$work/plain" $(pkg-config --cflags --libs zrv)
-LD_LIBRARY_PATH=$library "$work/plain"
+LD_LIBRARY_PATH=$library "$work/plain" "$prefix/include/ZRVDefinitions.h"
 
 example() { awk -v fence="\`\`\`$1" '$0 == fence { on = 1; next } /^```/ { on = 0 } on' "$source/README.md"; }
 example cpp >"$work/example.cpp"

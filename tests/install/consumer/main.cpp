@@ -3,14 +3,25 @@
 #include <ZRVDevice.h>
 
 #include <cstdio>
+#include <cstring>
+#include <memory>
 
 class NoPort : public ZRVSerialIO {
  public:
   int Write(const void*, unsigned int, unsigned int*, unsigned int) override { return kFailed; }
 };
 
-int main() {
+// Enumeration names are read at run time, from the installed header.
+bool FindsEnumNames(ZRVDevice& device, const char* definitions) {
+  ZRVDevice::SetDefinitionsFile(definitions);
+  const std::unique_ptr<char[]> name(device.GetEnumString("ZRVDataMode", DataModeOrBEX1));
+  return name && std::strcmp(name.get(), "DataModeOrBEX1") == 0;
+}
+
+int main(int argc, char** argv) {
+  if (argc != 2) return 3;
   ZRVDevice device;
+  if (!FindsEnumNames(device, argv[1])) return 4;
   device.ConnectDevice(new NoPort);
   if (device.GetLastError() != ErrorSerialReset || device.IsDeviceConnected()) return 1;
   ZRVDataGenerator generator;
