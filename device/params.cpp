@@ -260,7 +260,12 @@ void ZRVDevice::SetDeviceParams(ZRVDeviceParams* params) {
   wanted.FirmwareName[sizeof wanted.FirmwareName - 1] = '\0';
   wanted.CommType[sizeof wanted.CommType - 1] = '\0';
   wanted.BluetoothMAC[sizeof wanted.BluetoothMAC - 1] = '\0';
-  if (wanted.DeviceName[0] != '\0') SetDeviceName(wanted.DeviceName);
+  if (wanted.DeviceName[0] != '\0') {
+    SetDeviceName(wanted.DeviceName);
+    // What was asked for, also when the controller reports it otherwise (shortened, say): else the record would
+    // count as changed, and be sent, each time.
+    if (lastError_ == ErrorNone) std::memcpy(params_->DeviceName, wanted.DeviceName, sizeof wanted.DeviceName);
+  }
   CheckReadOnly(wanted);
 
   const ZRVDeviceParams& current = *params_;
@@ -328,7 +333,9 @@ void ZRVDevice::SetDeviceParam(ZRVParam param, float value1, float value2) {
     const auto value = Truncated(value1);
     return value ? (this->*set)(static_cast<Enum>(*value)) : Refuse();
   };
-  const unsigned int flag = value1 != 0.0f ? 1 : 0;
+  const auto flag = [&](void (ZRVDevice::*set)(unsigned int)) {
+    return std::isnan(value1) ? Refuse() : (this->*set)(value1 != 0.0f ? 1 : 0);
+  };
   switch (param) {
     case ParamUSARTBaudRate: return whole(&ZRVDevice::SetUSARTBaudRate);
     case ParamSampleRate: return whole(&ZRVDevice::SetSampleRate);
@@ -338,9 +345,9 @@ void ZRVDevice::SetDeviceParam(ZRVParam param, float value1, float value2) {
     case ParamOutputOffsets: return SetOutputOffsets(value1, value2);
     case ParamDataScale: return SetDataScale(value1);
     case ParamDataRotation: return SetDataRotation(value1);
-    case ParamMEMSDriverEnable: return SetMEMSDriverEnable(flag);
-    case ParamDigitalOutputEnable: return SetDigitalOutputEnable(flag);
-    case ParamLaserModulationEnable: return SetLaserModulationEnable(flag);
+    case ParamMEMSDriverEnable: return flag(&ZRVDevice::SetMEMSDriverEnable);
+    case ParamDigitalOutputEnable: return flag(&ZRVDevice::SetDigitalOutputEnable);
+    case ParamLaserModulationEnable: return flag(&ZRVDevice::SetLaserModulationEnable);
     case ParamBufferOffset: return whole(&ZRVDevice::SetBufferOffset);
     case ParamDeviceAxes: return code(&ZRVDevice::SetDeviceAxes);
     case ParamBootSetting: return code(&ZRVDevice::SetBootParams);

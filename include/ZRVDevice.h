@@ -94,8 +94,9 @@ class ZRV_API ZRVDevice {
   // else Y) is for ParamOutputOffsets. Unknown: 1e9 and ErrorInvalidParam.
   float GetDeviceParam(ZRVParam param, int axis = 0);
 
-  // Sets one parameter; nothing is sent when it has that value already. value2 is Y of the output offsets.
-  // NaN, and a code that no unsigned integer holds: ErrorInvalidValue.
+  // Sets one parameter; nothing is sent when it has that value already, but for the output offsets and the data
+  // mode, which are sent always. value2 is Y of the output offsets. NaN, and a code that no unsigned integer
+  // holds: ErrorInvalidValue.
   void SetDeviceParam(ZRVParam param, float value1, float value2 = 0);
 
   // Refreshes the state word, and what is decoded from it, in the device's own record.

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <memory>
 
@@ -53,6 +54,7 @@ const SetterCase kSetterCases[] = {
     {"driver on", ParamMEMSDriverEnable, 0.1f, 0, "B5 B0 2B D5 06 0A", 1, ErrorNone},
     {"outputs on", ParamDigitalOutputEnable, -1, 0, "B5 B0 2B D7 06 0A", 1, ErrorNone},
     {"laser on", ParamLaserModulationEnable, 2, 0, "B5 B0 2B D9 06 0A", 1, ErrorNone},
+    {"laser NaN", ParamLaserModulationEnable, kNaN, 0, "", 0, ErrorInvalidValue},
     {"laser off already", ParamLaserModulationEnable, 0, 0, "", 0, ErrorNone},
     {"buffer offset", ParamBufferOffset, 70000, 0, "B5 B0 2B B0 09 70 11 01 0A", 70000, ErrorNone},
     {"axes", ParamDeviceAxes, 7.9f, 0, "B5 B0 2B E7 07 07 0A", 7, ErrorNone},
@@ -243,6 +245,27 @@ TEST(Params, ARecordSendsWhatChangedAndKeepsTheWorstError) {
   EXPECT_EQ(s.device.GetLastError(), ErrorReadOnlyParam);
   s.device.SetDeviceParams(nullptr);
   EXPECT_EQ(s.device.GetLastError(), ErrorNotConnected);
+}
+
+// The scripted controller goes on reporting its first name, as one that shortens names would.
+TEST(Params, ANameSetThroughARecordIsNotSentAgain) {
+  ScriptedDevice s;
+  ZRVDeviceParams p;
+  s.device.GetDeviceParams(&p);
+  std::strcpy(p.DeviceName, "Lab");
+  s.port->TakeWrites();
+  s.device.SetDeviceParams(&p);
+  EXPECT_EQ(s.port->TakeWrites().substr(0, 26), "B5 B0 2B BA 09 4C 61 62 0A");
+  s.device.SetDeviceParams(&p);
+  EXPECT_EQ(s.port->TakeWrites(), "");
+
+  std::strcpy(p.DeviceName, "Bad");
+  s.port->Answer(0xBA, {0xB5, 0xB0, 0x0B});
+  for (int attempt = 0; attempt < 2; ++attempt) {  // a refused name is
+    s.device.SetDeviceParams(&p);
+    EXPECT_EQ(s.port->TakeWrites(), "B5 B0 2B BA 09 42 61 64 0A | 0A | 0A | 0A");
+    EXPECT_EQ(s.device.GetLastError(), ErrorBadAcknowledge);
+  }
 }
 
 TEST(Params, ReadOnlyFields) {
