@@ -75,6 +75,12 @@ void CopyText(char (&to)[size], const char* from) {
   std::snprintf(to, size, "%s", from);
 }
 
+// A record of the caller's may hold texts that fill their fields without an end.
+template <size_t size>
+std::string TextOf(const char (&field)[size]) {
+  return std::string(field, std::find(field, field + size, '\0'));
+}
+
 void AddDevice(ZRVAvailableDevices& list, const SerialPortEntry& port, const ZRVDeviceParams& params) {
   const unsigned int i = list.NumDevices++;
   CopyText(list.DeviceName[i], params.DeviceName);
@@ -153,7 +159,8 @@ void ZRVDevice::ListAvailableDevices(ZRVAvailableDevices* list) {
   std::printf("\n");
   const unsigned int count = std::min<unsigned int>(list->NumDevices, ZRVMaxDevices);
   for (unsigned int i = 0; i < count; ++i) {
-    std::printf("Device %s:%s is at serial port %s\n", list->DeviceName[i], list->CommType[i], list->CommPortName[i]);
+    std::printf("Device %s:%s is at serial port %s\n", TextOf(list->DeviceName[i]).c_str(),
+                TextOf(list->CommType[i]).c_str(), TextOf(list->CommPortName[i]).c_str());
   }
 }
 

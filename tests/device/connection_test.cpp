@@ -142,5 +142,19 @@ TEST(Connection, TheListIsPrintedALineADevice) {
   EXPECT_EQ(::testing::internal::GetCapturedStdout(), "\nDevice Lab:USB is at serial port COM3\n");
 }
 
+TEST(Connection, TextsWithoutAnEndArePrintedUpToTheirField) {
+  ZRVAvailableDevices list;
+  std::memset(list.DeviceName, 'n', sizeof list.DeviceName);
+  std::memset(list.CommType, 'c', sizeof list.CommType);
+  std::memset(list.CommPortName, 'p', sizeof list.CommPortName);
+  list.NumDevices = 1;
+  ZRVDevice device;
+  ::testing::internal::CaptureStdout();
+  device.ListAvailableDevices(&list);
+  std::fflush(stdout);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "\nDevice " + std::string(32, 'n') + ":" + std::string(16, 'c') +
+                                                          " is at serial port " + std::string(10, 'p') + "\n");
+}
+
 }  // namespace
 }  // namespace zrv::testing
