@@ -43,8 +43,9 @@ void Fill(float* out, unsigned int from, unsigned int to, float value) {
   if (out != nullptr) std::fill(out + from, out + to, value);
 }
 
+// A controller that reports no rate is given no more than the grace.
 unsigned int StreamTimeoutMs(unsigned int numSamples, unsigned int msPerRate, unsigned int sampleRate) {
-  return numSamples * msPerRate / std::max(sampleRate, 1u) + kStreamGraceMs;
+  return (sampleRate != 0 ? numSamples * msPerRate / sampleRate : 0) + kStreamGraceMs;
 }
 
 }  // namespace

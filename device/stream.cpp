@@ -102,8 +102,8 @@ void ZRVDevice::StartDataStream(int repeat, bool wait) {
   const bool started = SendSerialCommand(true);
   if (!wait || !started) return;
   // The controller's whole buffer sets the wait, not the length of the block loaded.
-  const unsigned int rate = std::max(params_->SampleRate, 1u);
-  const unsigned int playMs = repeats * 1000 * params_->SampleBufferCapacity / rate;
+  const unsigned int rate = params_->SampleRate;
+  const unsigned int playMs = rate != 0 ? repeats * 1000 * params_->SampleBufferCapacity / rate : 0;
   ReadAcknowledge(playMs + Shared().readTimeoutMs, ErrorSerialComm);
 }
 

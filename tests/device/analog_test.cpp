@@ -178,7 +178,7 @@ TEST_F(Analog, StreamLengthsAndWaits) {
   EXPECT_EQ(device.GetAnalogInputStream(ai0.data(), ai1.data(), 0), 0u);
 }
 
-TEST_F(Analog, AZeroSampleRateDividesNothing) {
+TEST_F(Analog, AZeroSampleRateDividesNothingAndAddsNoWait) {
   Bytes identification = kIdentification;
   const Bytes sampleRate = {0x20, 0x4E, 0x00};
   const auto rate = std::search(identification.begin(), identification.end(), sampleRate.begin(), sampleRate.end());
@@ -187,11 +187,17 @@ TEST_F(Analog, AZeroSampleRateDividesNothing) {
   port->Answer(0xE0, identification);
   device.ConnectDevice(port);
   ASSERT_EQ(device.GetDeviceParam(ParamSampleRate), 0.0f);
+  port->TakeWaits();
+  device.StartDataStream(32, true);
+  EXPECT_EQ(port->TakeWaits(), (std::vector<unsigned>{2000, 2000}));
   SetMode(DataModeAnalogVolts);
-  float value = 0;
-  EXPECT_EQ(device.GetAnalogInputStream(&value, &value, 1), 0u);
+  port->TakeWaits();
+  EXPECT_EQ(device.GetAnalogInputStream(nullptr, nullptr, 125000), 0u);
+  EXPECT_EQ(port->TakeWaits(), std::vector<unsigned>{1000});
   SetMode(DataModeOrBEX1);
-  EXPECT_EQ(device.GetOrBEX1Stream(&value, 1, 1), 0u);
+  port->Queue({0xB5, 0xAA, 0x55, 0x0F});
+  EXPECT_EQ(device.GetOrBEX1Stream(nullptr, 1, 100000), 0u);
+  EXPECT_EQ(port->TakeWaits().back(), 1000u);
 }
 
 // --- The sensor module -------------------------------------------------------------------------------
