@@ -31,26 +31,16 @@ const StreamCase kStreams[] = {
     {"length byte is a trailer's value, frame cut there", "B5 B0 2B BF 0A 0A 0A", ""},
 };
 
-TEST(FrameParserTest, FindsItsFeetAgain) {
+TEST(FrameParserTest, FindsItsFeetAgainHoweverTheBytesCome) {
   for (const StreamCase& c : kStreams) {
-    Host host;
-    EXPECT_EQ(host.Say(c.bytes), c.answer) << c.name;
+    Host whole, pieces;
+    EXPECT_EQ(whole.Say(c.bytes), c.answer) << c.name;
+    for (const uint8_t byte : FromHex(c.bytes)) pieces.controller.Receive({&byte, 1}, pieces.now);
+    EXPECT_EQ(pieces.Hear(), c.answer) << c.name;
   }
 }
 
-TEST(FrameParserTest, BytesMayComeOneByOne) {
-  for (const StreamCase& c : kStreams) {
-    Host host;
-    std::string answer;
-    for (const uint8_t byte : FromHex(c.bytes)) {
-      const std::string part = host.Say(ToHex({byte}));
-      answer += answer.empty() || part.empty() ? part : " " + part;
-    }
-    EXPECT_EQ(answer, c.answer) << c.name;
-  }
-}
-
-TEST(FrameParserTest, AFrameCutShortIsGivenUpAfterASilence) {
+TEST(FrameParserTest, WhatIsCutShortIsGivenUpAfterASilence) {
   Host host;
   EXPECT_EQ(host.Say("B5 B0 2B BA 1F 41 42"), "");
   host.now += Controller::kFrameSilence / 2;
@@ -58,33 +48,15 @@ TEST(FrameParserTest, AFrameCutShortIsGivenUpAfterASilence) {
   host.now += Controller::kFrameSilence * 2;
   EXPECT_EQ(host.Say(kRespondFrame), kAck);
   EXPECT_EQ(host.controller.FramesRejected(), 1u);
-}
-
-TEST(FrameParserTest, ABlockCutShortIsGivenUpAfterASilence) {
-  Host host;
-  host.Say("B5 B0 2B B1 09 0A 00 00 0A");
-  host.Say("B5 B0 2B B2 06 0A 01 02");
+  host.Load("B5 B0 2B B1 09 0A 00 00 0A", "01 02");
   host.now += Controller::kBlockSilence * 1.5;
   EXPECT_EQ(host.Say(kRespondFrame), kAck);
   EXPECT_TRUE(host.controller.Block().empty());
   EXPECT_EQ(host.Say("B5 B0 2B B2 06 0A"), "") << "the announcement went with it";
 }
 
-TEST(FrameParserTest, RandomBytesNeverKeepItFromAnsweringAgain) {
-  std::mt19937 random(7);
-  for (int round = 0; round < 300; ++round) {
-    Host host;
-    Bytes noise(random() % 400);
-    for (auto& byte : noise) byte = static_cast<uint8_t>(random() % 4 ? random() : FromHex("B5B02B0A")[random() % 4]);
-    host.controller.Receive(noise, host.now);
-    host.now += 2 * Controller::kBlockSilence;
-    host.HearBytes();
-    EXPECT_EQ(host.Say("B5 B0 2B B5 07 00 0A " + kRespondFrame), kAck) << round;
-  }
-}
-
-// Mutated frames reach the commands far more often than noise does.
-TEST(FrameParserTest, MutatedFramesNeverKeepItFromAnsweringAgain) {
+// Noise, and frames of known codes with noise in them: those reach the commands far more often.
+TEST(FrameParserTest, NothingKeepsItFromAnsweringAgain) {
   std::mt19937 random(11);
   Options options;
   options.captureCapacity = 1000;
@@ -95,6 +67,7 @@ TEST(FrameParserTest, MutatedFramesNeverKeepItFromAnsweringAgain) {
     for (auto left = random() % 8; left > 0; --left) frame.push_back(static_cast<uint8_t>(random()));
     frame[4] = static_cast<uint8_t>(frame.size() + 1 + (random() % 8 == 0));
     frame.push_back(0x0A);
+    if (round % 10 == 0) frame[random() % frame.size()] = static_cast<uint8_t>(random());
     host.controller.Receive(frame, host.now);
     host.now += 0.01;
     if (round % 50 != 49) continue;
