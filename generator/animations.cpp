@@ -35,7 +35,10 @@ class Frames {
   void BlankOutside(size_t frame) const {
     const float* x = X(frame);
     const float* y = Y(frame);
-    KeepWhere(frame, [=](size_t i) { return InsideField(x[i]) & InsideField(y[i]); });
+    KeepWhere(frame, [=](size_t i) {
+      const bool insideX = InsideField(x[i]), insideY = InsideField(y[i]);
+      return insideX & insideY;
+    });
   }
   // As above, but whatever y is.
   void BlankBeside(size_t frame) const {
