@@ -13,7 +13,8 @@ function(zrv_own_target target)
     endif()
   else()
     target_compile_options(${target} PRIVATE
-      -ffp-contract=off -fno-math-errno -fno-trapping-math -Wall -Wextra -Wconversion -Wshadow)
+      -ffp-contract=off -fno-math-errno -fno-trapping-math -Wall -Wextra -Wconversion -Wshadow
+      $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>)  # clang takes it for a part of -Wconversion, gcc does not
     if(PROJECT_IS_TOP_LEVEL)
       target_compile_options(${target} PRIVATE -Werror)
     endif()

@@ -80,7 +80,7 @@ TEST(SoftwareFilter, TypesAreTheirFamilies) {
       {4, -48, -54.021}, {5, -1, -58.845}, {6, -3.0103, -30.306},
   };
   constexpr double kPi = 3.14159265358979;
-  const auto gainDb = [kPi](unsigned type, double frequency) {
+  const auto gainDb = [](unsigned type, double frequency) {
     ZRVDataGenerator generator;
     generator.SetupSoftwareFilter(type, 4, 100, 1000, false);
     std::vector<float> sine(20000);
