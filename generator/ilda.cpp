@@ -14,8 +14,17 @@ namespace {
 struct View {
   float cosX, sinX, cosY, sinY;
 
-  View(float angleX, float angleY)
-      : cosX(std::cos(angleX)), sinX(std::sin(angleX)), cosY(std::cos(angleY)), sinY(std::sin(angleY)) {}
+  View(float angleX, float angleY) : View(Usable(angleX), Usable(angleY)) {}
+
+ private:
+  // In double, and stored as float: the same on every system's library.
+  View(double angleX, double angleY)
+      : cosX(static_cast<float>(std::cos(angleX))), sinX(static_cast<float>(std::sin(angleX))),
+        cosY(static_cast<float>(std::cos(angleY))), sinY(static_cast<float>(std::sin(angleY))) {}
+
+  // An angle that is no number would make keypoints of which none equals another: a frame that is closed
+  // would not be seen to be, and closed again beyond the room for it.
+  static double Usable(float angle) { return std::isfinite(angle) ? static_cast<double>(angle) : 0.0; }
 };
 
 struct Keypoints {

@@ -1,3 +1,4 @@
+#include <limits>
 #include <numbers>
 
 #include "ZRVDataGenerator.h"
@@ -169,6 +170,17 @@ TEST(Ilda, ASinglePointComesOutInTheMiddle) {
   const Stream s(g, {1}, 0, kUpright, true);
   EXPECT_EQ(s.out.x[0], 0.0f);
   EXPECT_EQ(s.out.y[0], 0.0f);
+}
+
+// What they are closed with must not depend on keypoints being equal to themselves.
+TEST(Ilda, AnglesThatAreNoNumbersStayInTheRoom) {
+  const TempFile file(TwoFrames3d());
+  ZRVDataGenerator g;
+  g.LoadIldaFile(file.Path());
+  for (const float bad : {std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity()}) {
+    Stream(g, {1, 2, 1, 2}, bad, kUpright, true);
+    Stream(g, {1, 2, 1, 2}, 0, bad, true);
+  }
 }
 
 TEST(Ilda, AFailedLoadLeavesNothing) {
