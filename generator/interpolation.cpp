@@ -218,13 +218,14 @@ constexpr CornerRule kBlankRule = {0.5f, 0.0f, 1.75f};
 const CornerRule& RuleOf(const Path& path, size_t segment) { return path.Blank(segment) ? kBlankRule : kDrawnRule; }
 
 // 0 straight on, 0.5 a right angle, 1 back again. Rounding the product of the vectors towards zero, and that
-// of their lengths up, keeps the quotient within -1..1.
+// of their lengths up, keeps the quotient within -1..1; beyond the field, where numbers are too large to be
+// rounded so, the limits do.
 float CornerMeasure(Point in, Point out, float lengths) {
   float dot = in.x * out.x + in.y * out.y;
   dot = (dot > 0.0f ? std::floor(dot * 100000.0f) : std::ceil(dot * 100000.0f)) / 100000.0f;
   const float norm = std::ceil(lengths * 1000000.0f) / 1000000.0f;
   const double cosine = norm == 0.0f ? static_cast<double>(dot) / 0.000001 : static_cast<double>(dot / norm);
-  return static_cast<float>(std::acos(cosine) / kPi);
+  return static_cast<float>(std::acos(std::clamp(cosine, -1.0, 1.0)) / kPi);
 }
 
 // One measure a keypoint. The path is taken as closed: its last keypoint is its first.

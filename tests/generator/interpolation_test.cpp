@@ -158,6 +158,15 @@ TEST(InterpolateOptimized, StraightOnIsNoCorner) {
   EXPECT_NEAR(run.out.x[19], 0.45 + 0.05 * 0.75, 1e-6);
 }
 
+// Far outside the field the product of straight-on vectors comes out a bit above that of their lengths. Weights
+// 1.3, 1.3 and 2 * 1.6 of 5.8.
+TEST(InterpolateOptimized, LargePathsHaveCornersToo) {
+  const Interpolated run({{0, 0, 1}, {30, 10, 2}, {60, 20, 3}, {0, 0, 4}}, 4, 100, {Profile::optimized});
+  EXPECT_EQ(run.With(1), 22);
+  EXPECT_EQ(run.With(2), 22);
+  EXPECT_EQ(run.With(3), 56);
+}
+
 // Drawn out 1 and blank back 1, both ends reversals: weights 1.6 and 2 / 1.75 = 1.142857 of 2.742857.
 TEST(InterpolateOptimized, BlankSegmentsWeighLess) {
   const Interpolated run({{0, 0, 1}, {1, 0, 0}, {0, 0, 1}}, 3, 96, {Profile::optimized});
