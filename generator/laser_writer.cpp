@@ -7,8 +7,11 @@
 
 #include "ZRVDataGenerator.h"
 #include "generator/counts.h"
+#include "generator/outputs.h"
 
 namespace {
+
+using zrv::Outputs;
 
 constexpr float kFromRest = 0, kSteady = 1, kToRest = 2;  // speed at the start over the mean speed
 constexpr double kLongestFlyback = 0.01;                  // seconds, for a move across the whole image
@@ -18,15 +21,6 @@ constexpr size_t kLineToRun = 20;                         // a run-up takes this
 
 struct Point {
   float x = 0, y = 0;
-};
-
-struct Outputs {
-  float* x;
-  float* y;
-  unsigned char* m;
-
-  bool Given() const { return x != nullptr && y != nullptr && m != nullptr; }
-  bool Absent() const { return x == nullptr && y == nullptr && m == nullptr; }
 };
 
 struct Image {

@@ -2,14 +2,17 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
 #include "ZRVDataGenerator.h"
+#include "generator/outputs.h"
 #include "generator/raster_plan.h"
 
 namespace {
 
+using zrv::Outputs;
 using zrv::RasterPlan;
 using Profile = std::vector<float>;
 
@@ -55,7 +58,8 @@ Move ShapedMove(ZRVDataGenerator& generator, Point from, Point to, unsigned char
   return move;
 }
 
-// From working coordinates, in which x counts lines and y is the sweep -1..1, to the output.
+// From working coordinates, in which x counts lines and y is the sweep -1..1, to the output. Sine and cosine
+// are taken in double and stored as float: the same on every system's library.
 struct Mapping {
   float reach, slow, gaps;  // slow axis
   float yAmplitude, fast;
@@ -64,7 +68,8 @@ struct Mapping {
   Mapping(float xAmplitude, float yAmplitudeIn, float angle, size_t lines)
       : reach(lines > 1 ? xAmplitude : 0.0f),  // a single line has no place of its own: s is 0
         slow(2.0f * reach), gaps(lines > 1 ? static_cast<float>(lines - 1) : 1.0f), yAmplitude(yAmplitudeIn),
-        fast(2.0f * yAmplitude), cosine(std::cos(angle)), sine(std::sin(angle)) {}
+        fast(2.0f * yAmplitude), cosine(static_cast<float>(std::cos(static_cast<double>(angle)))),
+        sine(static_cast<float>(std::sin(static_cast<double>(angle)))) {}
 
   float Slow(float x) const { return -reach + slow * x / gaps; }
   float Fast(float y) const { return -yAmplitude + fast * (y + 1.0f) / 2.0f; }
@@ -147,12 +152,6 @@ Profiles MakeProfiles(ZRVDataGenerator& generator, const RasterPlan& plan, bool 
   if (!plan.twoWay) to.flyback = ShapedMove(generator, {1, 1}, {-1, -1}, 0, plan.flyback, shape).x;
   return to;
 }
-
-struct Outputs {
-  float* x;
-  float* y;
-  unsigned char* m;
-};
 
 // Fills the outputs from front to back. Off the turnarounds a line stays where it is on the slow axis, so that
 // all but a few samples cost one addition an axis.
@@ -282,13 +281,18 @@ struct Placement {
   int digitalShift;
 };
 
-unsigned int WriteRaster(ZRVDataGenerator& generator, const RasterPlan& plan, const Profiles& profiles,
-                         const Style& style, const Placement& place, const Outputs& to) {
-  const Mapping map(place.xAmplitude, place.yAmplitude, place.angle, plan.lines);
-  Assembly assembly(to, map, plan.turn);
-  Assemble(generator, plan, profiles, style, map, assembly);
-  ShiftDigital(to.m, plan.Total(), place.digitalShift);
-  return static_cast<unsigned int>(plan.Total());
+// Without outputs: the rate and the count alone.
+unsigned int WriteRaster(ZRVDataGenerator& generator, const std::optional<RasterPlan>& plan, bool pixelHold,
+                         const Style& style, const Placement& place, const Outputs& to, unsigned int& sps) {
+  if (!plan || !(to.Given() || to.Absent())) return 0;
+  sps = plan->sps;
+  if (to.Given()) {
+    const Mapping map(place.xAmplitude, place.yAmplitude, place.angle, plan->lines);
+    Assembly assembly(to, map, plan->turn);
+    Assemble(generator, *plan, MakeProfiles(generator, *plan, pixelHold), style, map, assembly);
+    ShiftDigital(to.m, plan->Total(), place.digitalShift);
+  }
+  return static_cast<unsigned int>(plan->Total());
 }
 
 }  // namespace
@@ -299,10 +303,7 @@ unsigned int ZRVDataGenerator::LinearRasterPattern(float* x, float* y, unsigned 
                                                    int digitalShift, float rotationAngle, unsigned int& sps,
                                                    int minSps, int maxSps) {
   const auto plan = zrv::PlanRaster({numLines, numPixels, lineDuration, pixelHold, bidirectional, minSps, maxSps});
-  if (!plan || x == nullptr || y == nullptr || m == nullptr) return 0;
-  sps = plan->sps;
-  return WriteRaster(*this, *plan, MakeProfiles(*this, *plan, pixelHold), kScanning, {xAmplitude, yAmplitude, rotationAngle, digitalShift},
-                     {x, y, m});
+  return WriteRaster(*this, plan, pixelHold, kScanning, {xAmplitude, yAmplitude, rotationAngle, digitalShift}, {x, y, m}, sps);
 }
 
 unsigned int ZRVDataGenerator::LinearRasterPatternImaging(float* x, float* y, unsigned char* m, float xAmplitude,
@@ -312,8 +313,5 @@ unsigned int ZRVDataGenerator::LinearRasterPatternImaging(float* x, float* y, un
                                                           float rotationAngle, unsigned int& sps, int minSps,
                                                           int maxSps) {
   const auto plan = zrv::PlanImagingRaster({numLines, numPixels, lineDuration, false, bidirectional, minSps, maxSps});
-  if (!plan || x == nullptr || y == nullptr || m == nullptr) return 0;
-  sps = plan->sps;
-  return WriteRaster(*this, *plan, MakeProfiles(*this, *plan, false), kImaging, {xAmplitude, yAmplitude, rotationAngle, digitalShift},
-                     {x, y, m});
+  return WriteRaster(*this, plan, false, kImaging, {xAmplitude, yAmplitude, rotationAngle, digitalShift}, {x, y, m}, sps);
 }

@@ -236,8 +236,9 @@ class ZRV_API ZRVDataGenerator {
   // defaultValue when the file, the key or a number is not there.
   static float ReadFileParameter(const char* fileName, const char* key, float defaultValue);
 
-  // Rasters choose their own sample rate, between minSps and maxSps, and store it in sps. They return 0 and
-  // write nothing when that cannot be done or the counts are absurd.
+  // Rasters choose their own sample rate, between minSps and maxSps, and store it in sps. They
+  // return 0 and write nothing when that cannot be done or the counts are absurd. All but PointToPointPattern say
+  // how much room they need: called with null x, y and m they set sps, write nothing and return the same count.
 
   // A raster of lines along y, stacked along x, with smooth turnarounds. Starts and ends at the same point.
   //   xAmplitude      of the stack of lines; 0 spread for a single line
@@ -250,16 +251,16 @@ class ZRV_API ZRVDataGenerator {
   //   rotationAngle   clockwise
   //   m               bit 0 active part of a line, bit 1 pixel clock, bit 2 first active sample of the
   //                   frame, bit 7 start of a line (one-way only)
-  // Room, from L = trunc(sps lineDuration) + 2 trunc(sps lineDuration 0.05) and
+  // Samples, from L = trunc(sps lineDuration) + 2 trunc(sps lineDuration 0.05) and
   // R = trunc(sps min(lineDuration, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L. The first
-  // is about 60000 samples with up to 25000 pixels in all, unless minSps asks for more.
+  // is about 60000 with up to 25000 pixels in all, unless minSps asks for more.
   unsigned int LinearRasterPattern(float* x, float* y, unsigned char* m, float xAmplitude, float yAmplitude,
                                    unsigned int numLines, unsigned int numPixels, float lineDuration,
                                    bool pixelHold, bool bidirectional, int digitalShift, float rotationAngle,
                                    unsigned int& sps, int minSps, int maxSps);
 
   // The same for imaging: four samples a pixel (one when maxSps forbids), no lead-in, one return at the end.
-  // pixelHold is not used. m has no line-start bit; bit 6 marks the active part of backward lines. Room, with
+  // pixelHold is not used. m has no line-start bit; bit 6 marks the active part of backward lines. Samples, with
   // R = trunc(sps min(lineDuration / 2.5, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L.
   unsigned int LinearRasterPatternImaging(float* x, float* y, unsigned char* m, float xAmplitude,
                                           float yAmplitude, unsigned int numLines, unsigned int numPixels,
@@ -270,7 +271,7 @@ class ZRV_API ZRVDataGenerator {
   // Dwells at each point with its digital byte, then moves on, dark. dwellTimes (one a point, the move included)
   // and transitionTime in milliseconds. An sps of 0 is replaced by one that makes about 50000 samples; any
   // other is kept. A dwell no longer than the move shortens this and all further moves to half of it.
-  // Room: the sum of trunc(sps dwell / 1000) + 2 over all points.
+  // Room: trunc(sps dwell / 1000) + 2 for each point, where an sps of 0 becomes max(minSps, maxSps) at most.
   unsigned int PointToPointPattern(float* x, float* y, unsigned char* m, const float* pointX, const float* pointY,
                                    const unsigned char* pointM, const float* dwellTimes, int numPoints,
                                    float transitionTime, unsigned int& sps, int minSps, int maxSps);
@@ -298,7 +299,6 @@ class ZRV_API ZRVDataGenerator {
   //   bidirectional   write every second written line backwards
   // Takes the most samples a pixel that keep the rate within maxSps. 0 when that leaves less than one, or a rate
   // below minSps, or when nothing is dark.
-  // Room: call it with null x, y and m, which sets sps, writes nothing and returns the same count.
   unsigned int LaserWriterDataStream(float* x, float* y, unsigned char* m, const unsigned char* raster,
                                      const int* lastDarkColumn, unsigned int numLines, unsigned int numPixels,
                                      float lineDuration, bool bidirectional, unsigned int& sps, int minSps,
@@ -344,8 +344,9 @@ class ZRV_API ZRVDataGenerator {
   static void BoundingBox(const float* x, const float* y, unsigned int count, float& minX, float& maxX,
                           float& minY, float& maxY);
 
-  // Scales and turns (clockwise) so that the given bounds fill -scale..scale along their larger side. Bounds
-  // without extent put every point at the centre.
+  // Scales and turns (clockwise) about the centre of the given bounds. One scale serves both axes: the span from
+  // the lowest to the highest of all four bounds becomes 2 scale, so that bounds about the origin fill
+  // -scale..scale along their larger side. A span of 0 puts every point at the centre.
   static unsigned int NormalizeData(float* x, float* y, unsigned int count, float scale, float angle, float minX,
                                     float maxX, float minY, float maxY);
 

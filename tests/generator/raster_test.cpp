@@ -76,8 +76,16 @@ struct Raster {
     out = Points(room + 8);
     ZRVDataGenerator g;
     const auto make = a.imaging ? &ZRVDataGenerator::LinearRasterPatternImaging : &ZRVDataGenerator::LinearRasterPattern;
-    count = (g.*make)(out.x.data(), out.y.data(), out.m.data(), 0.9f, 0.8f, a.lines, a.pixels, a.duration, a.hold,
-                      a.twoWay, a.shift, a.angle, sps, a.minSps, a.maxSps);
+    const auto run = [&](float* x, float* y, unsigned char* m, unsigned& rate) {
+      return (g.*make)(x, y, m, 0.9f, 0.8f, a.lines, a.pixels, a.duration, a.hold, a.twoWay, a.shift, a.angle, rate,
+                       a.minSps, a.maxSps);
+    };
+    unsigned rateAhead = 0;
+    const unsigned countAhead = run(nullptr, nullptr, nullptr, rateAhead);
+    EXPECT_EQ(run(out.x.data(), nullptr, out.m.data(), sps), 0u);
+    count = run(out.x.data(), out.y.data(), out.m.data(), sps);
+    EXPECT_EQ(countAhead, count);
+    EXPECT_EQ(rateAhead, sps);
     EXPECT_EQ(count, room);
     EXPECT_TRUE(out.UntouchedFrom(room));
     for (size_t i = 0; i < count; ++i) EXPECT_TRUE(std::isfinite(out.x[i]) && std::isfinite(out.y[i])) << i;
