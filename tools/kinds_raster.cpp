@@ -85,7 +85,7 @@ Draft Dwell(ZRVDataGenerator& g, const Values& v, Points points) {
   for (float dwell : points.dwell) total += static_cast<double>(dwell);
   if (!(total > 0)) throw ToolError("the points have no dwell time together, so nothing would be played");
   const Rates rates = RatesOf(v);
-  const double room = total / 1000 * rates.highest + 3 * static_cast<double>(points.x.size()) + 16;
+  const double room = total / 1000 * std::max(rates.lowest, rates.highest) + 3 * static_cast<double>(points.x.size()) + 16;
   if (room > static_cast<double>(kMostSamples)) throw ToolError("the pattern is too long: use a lower --max-rate");
   unsigned int rate = v.Count("rate");
   Draft draft = Filled(static_cast<std::size_t>(room), [&](float* x, float* y, unsigned char* m) {
