@@ -51,6 +51,13 @@ std::string Corners(const Folder& folder) {
   return folder.File("corners.txt");
 }
 
+// The library lets the lowest rate win: 16 points of 5 ms at 100 kHz.
+TEST(Kinds, PointsHaveRoomWhenTheRatesAreCrossed) {
+  const Pattern p = MakePattern("point-to-point", {{"min-rate", "100000"}, {"max-rate", "1000"}});
+  EXPECT_EQ(p.rate, 100000u);
+  EXPECT_NEAR(static_cast<double>(p.size()), 16 * 500, 1);
+}
+
 TEST(Compose, EveryProfileStaysOnThePath) {
   const Folder folder;
   for (const char* profile : {"linear", "trapezoidal", "optimized"}) {
