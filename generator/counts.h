@@ -24,6 +24,12 @@ inline int64_t TruncatedCount(double value) {
   return static_cast<int64_t>(std::clamp(value, -limit, limit));
 }
 
+// The whole part as a count; 0 for negative values and NaN, and as much as 32 bits hold for too large ones.
+inline unsigned WholeCount(float value) {
+  if (value >= 4294967296.0f) return std::numeric_limits<uint32_t>::max();
+  return value > 0.0f ? static_cast<unsigned>(value) : 0;
+}
+
 }  // namespace zrv
 
 #endif

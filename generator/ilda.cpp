@@ -7,24 +7,20 @@
 #include "generator/bounds.h"
 #include "generator/content.h"
 #include "generator/counts.h"
+#include "generator/turn.h"
 
 namespace {
 
 // Where in x and y a frame's coordinates end up.
 struct View {
-  float cosX, sinX, cosY, sinY;
+  zrv::Turn x, y;
 
-  View(float angleX, float angleY) : View(Usable(angleX), Usable(angleY)) {}
+  View(float angleX, float angleY) : x(Usable(angleX)), y(Usable(angleY)) {}
 
  private:
-  // In double, and stored as float: the same on every system's library.
-  View(double angleX, double angleY)
-      : cosX(static_cast<float>(std::cos(angleX))), sinX(static_cast<float>(std::sin(angleX))),
-        cosY(static_cast<float>(std::cos(angleY))), sinY(static_cast<float>(std::sin(angleY))) {}
-
   // An angle that is no number would make keypoints of which none equals another: a frame that is closed
   // would not be seen to be, and closed again beyond the room for it.
-  static double Usable(float angle) { return std::isfinite(angle) ? static_cast<double>(angle) : 0.0; }
+  static float Usable(float angle) { return std::isfinite(angle) ? angle : 0.0f; }
 };
 
 struct Keypoints {
@@ -44,8 +40,8 @@ void CopyFrame(const zrv::IldaDrawing& from, zrv::IldaFrame frame, const View& v
     const size_t point = frame.first + i;
     const float x = from.x[point], y = from.y[point], z = from.z.empty() ? int16_t{0} : from.z[point];
     bounds.Add(x, y);  // as they are in the file, so that turning a drawing does not change its size
-    to.x[i] = x * view.cosX + z * view.sinX;
-    to.y[i] = y * view.sinY + z * view.cosY;
+    to.x[i] = x * view.x.cosine + z * view.x.sine;
+    to.y[i] = y * view.y.sine + z * view.y.cosine;
     to.m[i] = from.lit[point];
   }
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ZRVDataGenerator.h"
+#include "generator/counts.h"
 
 namespace {
 
@@ -35,15 +36,9 @@ struct Path {
 
 float Length(Point d) { return std::sqrt(d.x * d.x + d.y * d.y); }
 
-// The whole part as a count. Not a number: 0.
-unsigned int Whole(float value) {
-  if (value >= 4294967296.0f) return UINT32_MAX;
-  return value > 0.0f ? static_cast<unsigned int>(value) : 0;
-}
-
 unsigned int RoundHalfUp(float value) {
   const float floor = std::floor(value);
-  return Whole(value - floor < 0.5f ? floor : std::ceil(value));
+  return zrv::WholeCount(value - floor < 0.5f ? floor : std::ceil(value));
 }
 
 struct Outputs {
@@ -120,8 +115,8 @@ class SegmentWriter {
     if (wanted < kShortestProfile) return Steady(segment, wanted);
     const unsigned int n = Granted(wanted);
     const float twice = 2.0f * static_cast<float>(n);
-    const unsigned int speedUp = std::min(n, Whole(std::ceil(twice * part.start / part.total)));
-    const unsigned int slowDown = std::min(n - speedUp, Whole(std::floor(twice * part.end / part.total)));
+    const unsigned int speedUp = std::min(n, zrv::WholeCount(std::ceil(twice * part.start / part.total)));
+    const unsigned int slowDown = std::min(n - speedUp, zrv::WholeCount(std::floor(twice * part.end / part.total)));
     const unsigned int steady = n - speedUp - slowDown;
 
     const Point from = path_[segment], to = path_[segment + 1], d = path_.Step(segment);
@@ -195,7 +190,7 @@ Budget ShareOut(const Path& path, float* lengths, unsigned int numSamples, float
   const float drawn = budget.drawnLength = std::max(budget.drawnLength, kSmallestTotal);
   float share = static_cast<float>(numSamples) * blank / (blankSpeed * drawn + blank);
   if (rounding == Rounding::floor) share = std::floor(share);
-  const unsigned int blankSamples = Whole(std::max(static_cast<float>(numBlank), share));
+  const unsigned int blankSamples = zrv::WholeCount(std::max(static_cast<float>(numBlank), share));
   budget.blankSamples = static_cast<float>(blankSamples);
   budget.drawnSamples = blankSamples < numSamples ? static_cast<float>(numSamples - blankSamples) : 0.0f;
   return budget;
@@ -313,7 +308,7 @@ unsigned int ZRVDataGenerator::InterpolateDataLinear(const float* xIn, const flo
   const Budget budget = ShareOut(path, interpData.get(), numSamples, blankSpeed, Rounding::floor);
   SegmentWriter writer(path, {xOut, yOut, mOut, nullptr}, numSamples);
   for (size_t i = 0; i < path.Segments(); ++i) {
-    writer.Steady(i, std::max(1u, Whole(budget.Nominal(path.Blank(i), interpData[i]))));
+    writer.Steady(i, std::max(1u, zrv::WholeCount(budget.Nominal(path.Blank(i), interpData[i]))));
   }
   // The closing sample's y is the digital byte as a number; one would expect the keypoint's y. Kept on purpose,
   // and pinned by the closing samples in interpolation_test.cpp.

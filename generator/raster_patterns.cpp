@@ -9,6 +9,7 @@
 #include "ZRVDataGenerator.h"
 #include "generator/outputs.h"
 #include "generator/raster_plan.h"
+#include "generator/turn.h"
 
 namespace {
 
@@ -58,18 +59,16 @@ Move ShapedMove(ZRVDataGenerator& generator, Point from, Point to, unsigned char
   return move;
 }
 
-// From working coordinates, in which x counts lines and y is the sweep -1..1, to the output. Sine and cosine
-// are taken in double and stored as float: the same on every system's library.
+// From working coordinates, in which x counts lines and y is the sweep -1..1, to the output.
 struct Mapping {
   float reach, slow, gaps;  // slow axis
   float yAmplitude, fast;
-  float cosine, sine;
+  zrv::Turn turn;
 
   Mapping(float xAmplitude, float yAmplitudeIn, float angle, size_t lines)
       : reach(lines > 1 ? xAmplitude : 0.0f),  // a single line has no place of its own: s is 0
         slow(2.0f * reach), gaps(lines > 1 ? static_cast<float>(lines - 1) : 1.0f), yAmplitude(yAmplitudeIn),
-        fast(2.0f * yAmplitude), cosine(static_cast<float>(std::cos(static_cast<double>(angle)))),
-        sine(static_cast<float>(std::sin(static_cast<double>(angle)))) {}
+        fast(2.0f * yAmplitude), turn(angle) {}
 
   float Slow(float x) const { return -reach + slow * x / gaps; }
   float Fast(float y) const { return -yAmplitude + fast * (y + 1.0f) / 2.0f; }
@@ -83,8 +82,8 @@ struct Sweep {
   Sweep(Profile profile, const Mapping& map) : working(std::move(profile)), toX(working), toY(working) {
     for (size_t j = 0; j < working.size(); ++j) {
       const float f = map.Fast(working[j]);
-      toX[j] = map.sine * f;
-      toY[j] = map.cosine * f;
+      toX[j] = map.turn.sine * f;
+      toY[j] = map.turn.cosine * f;
     }
   }
 };
@@ -179,8 +178,8 @@ class Assembly {
   void Add(const Move& move) {
     for (size_t i = 0; i < move.x.size(); ++i) {
       const float s = map_.Slow(move.x[i]), f = map_.Fast(move.y[i]);
-      to_.x[at_ + i] = map_.cosine * s + map_.sine * f;
-      to_.y[at_ + i] = -map_.sine * s + map_.cosine * f;
+      to_.x[at_ + i] = map_.turn.cosine * s + map_.turn.sine * f;
+      to_.y[at_ + i] = -map_.turn.sine * s + map_.turn.cosine * f;
     }
     at_ += move.x.size();
     Dark(move.x.size());
@@ -199,13 +198,13 @@ class Assembly {
   void Slanted(const Sweep& sweep, float base, const Profile& offset, size_t begin, size_t end) {
     for (size_t j = begin; j < end; ++j) {
       const float s = map_.Slow(base + offset[j]);
-      to_.x[at_ + j] = map_.cosine * s + sweep.toX[j];
-      to_.y[at_ + j] = -map_.sine * s + sweep.toY[j];
+      to_.x[at_ + j] = map_.turn.cosine * s + sweep.toX[j];
+      to_.y[at_ + j] = -map_.turn.sine * s + sweep.toY[j];
     }
   }
 
   void Straight(const Sweep& sweep, float base, size_t begin, size_t end) {
-    const float s = map_.Slow(base), x = map_.cosine * s, y = -map_.sine * s;
+    const float s = map_.Slow(base), x = map_.turn.cosine * s, y = -map_.turn.sine * s;
     for (size_t j = begin; j < end; ++j) to_.x[at_ + j] = x + sweep.toX[j];
     for (size_t j = begin; j < end; ++j) to_.y[at_ + j] = y + sweep.toY[j];
   }

@@ -6,19 +6,11 @@
 #include <cstddef>
 
 #include "ZRVDataGenerator.h"
+#include "generator/turn.h"
 
 namespace {
 
 constexpr float kSqrt2 = 1.41421354f;
-
-// A clockwise turn of everything after scaling.
-struct Turn {
-  float cosine, sine;
-
-  explicit Turn(float angle)
-      : cosine(static_cast<float>(std::cos(static_cast<double>(angle)))),
-        sine(static_cast<float>(std::sin(static_cast<double>(angle)))) {}
-};
 
 // NaN becomes -1: every comparison with it fails.
 float ClipToField(float value) { return std::min(std::max(-1.0f, value), 1.0f); }
@@ -65,7 +57,7 @@ unsigned int ZRVDataGenerator::NormalizeData(float* x, float* y, unsigned int co
     return count;
   }
   const float centreX = (minX + maxX) / 2.0f, centreY = (minY + maxY) / 2.0f;
-  const Turn turn(angle);
+  const zrv::Turn turn(angle);  // clockwise
   for (size_t i = 0; i < count; ++i) {
     const float u = 2.0f * (x[i] - centreX) * scale / span;
     const float v = 2.0f * (y[i] - centreY) * scale / span;
@@ -82,7 +74,7 @@ unsigned int ZRVDataGenerator::AffineTransformData(float* x, float* y, unsigned 
     float minX, maxX, minY, maxY;
     BoundingBox(x, y, count, minX, maxX, minY, maxY);
     const float centreX = (minX + maxX) / 2.0f, centreY = (minY + maxY) / 2.0f;
-    const Turn turn(angle);
+    const zrv::Turn turn(angle);  // clockwise
     for (size_t i = 0; i < count; ++i) {
       const float u = (x[i] - centreX) * scale, v = (y[i] - centreY) * scale;
       x[i] = ClipToField(u * turn.cosine + v * turn.sine + centreX + offsetX);

@@ -6,6 +6,7 @@
 #include <ctime>
 
 #include "ZRVDataGenerator.h"
+#include "generator/counts.h"
 
 namespace {
 
@@ -23,12 +24,6 @@ unsigned int WriteWaveform(float* x, float* y, unsigned char* m, unsigned int n,
   for (size_t i = 0; i < n; ++i) x[i] = 2.0f * static_cast<float>(i) / count - 1.0f;
   std::fill_n(m, n, static_cast<unsigned char>(255));
   return n;
-}
-
-// The whole part as a count; 0 for negative values and for what is not a number.
-unsigned int Whole(float samples) {
-  constexpr float kMost = 4294967040.0f;  // the largest float that is an unsigned int
-  return samples > 0.0f ? static_cast<unsigned int>(std::min(samples, kMost)) : 0;
 }
 
 // Walks around a period, from where the phase (radians) starts.
@@ -107,7 +102,7 @@ unsigned int ZRVDataGenerator::SawtoothWaveform(float* x, float* y, unsigned cha
                                                 float phase) {
   const unsigned int period = PeriodOf(numSamples, numCycles);
   if (period == 0) return 0;
-  const unsigned int rise = std::max(Whole(static_cast<float>(period) * risePortion), 1u);
+  const unsigned int rise = std::max(zrv::WholeCount(static_cast<float>(period) * risePortion), 1u);
   const auto rising = static_cast<float>(rise);
   const auto falling = static_cast<float>(period > rise ? period - rise : 1);
   return WriteWaveform(x, y, m, numSamples, [=, counter = PeriodCounter(period, phase)](unsigned int) mutable {
@@ -123,7 +118,7 @@ unsigned int ZRVDataGenerator::SquareWaveform(float* x, float* y, unsigned char*
                                               float phase) {
   const unsigned int period = PeriodOf(numSamples, numCycles);
   if (period == 0) return 0;
-  const unsigned int low = Whole(std::ceil(static_cast<float>(period) * dutyCycle));
+  const unsigned int low = zrv::WholeCount(std::ceil(static_cast<float>(period) * dutyCycle));
   return WriteWaveform(x, y, m, numSamples, [=, counter = PeriodCounter(period, phase)](unsigned int) mutable {
     return counter.Next() < low ? -amplitude : amplitude;
   });

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ZRVDataGenerator.h"
+#include "errors.h"
 #include "pattern.h"
 #include "values.h"
 
@@ -68,6 +69,20 @@ Draft Filled(std::size_t room, Fill fill) {
 
 // The most samples that the tool is willing to hold.
 inline constexpr std::size_t kMostSamples = 20000000;
+
+// A draft from a call make(x, y, m, rate) that chooses its own sample rate and, given no arrays, tells its
+// length. advice says why it may have found no rate, and what to do.
+template <typename Make>
+Draft SizedByItself(const std::string& advice, Make make) {
+  unsigned int rate = 0;
+  const std::size_t count = make(nullptr, nullptr, nullptr, rate);
+  if (count == 0) throw ToolError(advice);
+  if (count > kMostSamples)
+    throw ToolError("the pattern is too long: use fewer --lines, a shorter --line-time or a lower --max-rate");
+  Draft draft = Filled(count, [&](float* x, float* y, unsigned char* m) { return make(x, y, m, rate); });
+  draft.pattern.rate = rate;
+  return draft;
+}
 
 // Limits of the sample rate that a kind with the options min-rate and max-rate may choose; --rate settles it.
 struct Rates {

@@ -16,17 +16,12 @@ namespace {
 
 using enum OptionType;
 
-// Runs a burn twice: without arrays for its length, then for real.
 template <typename Burn>
 Draft Burnt(Burn burn) {
-  unsigned int rate = 0;
-  const std::size_t count = burn(nullptr, nullptr, nullptr, rate);
-  if (count == 0)
-    throw ToolError("nothing to burn: the picture is all white, or no sample rate up to --max-rate gives each "
-                    "pixel a sample; use fewer --pixels or a longer --line-time");
-  if (count > kMostSamples) throw ToolError("the picture is too long to burn: use fewer --lines");
-  Draft draft = Filled(count, [&](float* x, float* y, unsigned char* m) { return burn(x, y, m, rate); });
-  draft.pattern.rate = rate;
+  Draft draft = SizedByItself(
+      "nothing to burn: the picture is all white, or no sample rate up to --max-rate gives each pixel a sample; "
+      "use fewer --pixels or a longer --line-time",
+      burn);
   draft.pattern.levels = true;
   return draft;
 }

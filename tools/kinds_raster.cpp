@@ -9,34 +9,17 @@ namespace {
 
 using enum OptionType;
 
-// What both rasters can need at most, by the room that the library states. They never take more than 24
-// samples a pixel of their own accord.
-std::size_t RasterRoom(const Values& v, const Rates& rates) {
-  constexpr double kMostSamplesAPixel = 24, kSlowestFlyback = 0.01;
-  const double line = v.Number("line-time") / 1000;
-  const double wanted = kMostSamplesAPixel * std::max(2.0, v.Number("pixels")) / line;
-  const double rate = std::max<double>(rates.lowest, std::min<double>(rates.highest, wanted));
-  const double samples = (v.Number("lines") + 2) * (rate * (line * 1.1 + std::min(line, kSlowestFlyback)) + 4);
-  if (samples > static_cast<double>(kMostSamples))
-    throw ToolError("the raster is too long: use fewer --lines, a shorter --line-time or a lower --max-rate");
-  return static_cast<std::size_t>(samples) + 16;
-}
-
 using RasterCall = decltype(&ZRVDataGenerator::LinearRasterPattern);
 
 Draft Raster(ZRVDataGenerator& g, const Values& v, RasterCall call) {
   const Rates rates = RatesOf(v);
-  unsigned int rate = 0;
-  Draft draft = Filled(RasterRoom(v, rates), [&](float* x, float* y, unsigned char* m) {
+  const std::string advice = "no sample rate up to " + std::to_string(rates.highest) +
+                             " per second fits: use fewer --pixels, a longer --line-time or a higher --max-rate";
+  return SizedByItself(advice, [&](float* x, float* y, unsigned char* m, unsigned int& rate) {
     return (g.*call)(x, y, m, v.Float("amplitude"), v.Float("amplitude"), v.Count("lines"), v.Count("pixels"),
                      v.Float("line-time") / 1000, v.Flag("hold"), !v.Flag("one-way"), v.Integer("shift"), 0.0f, rate,
                      rates.lowest, rates.highest);
   });
-  draft.pattern.rate = rate;
-  if (draft.pattern.empty())
-    throw ToolError("no sample rate up to " + std::to_string(rates.highest) +
-                    " per second fits: use fewer --pixels, a longer --line-time or a higher --max-rate");
-  return draft;
 }
 
 Draft LinearRaster(ZRVDataGenerator& g, const Values& v) {
