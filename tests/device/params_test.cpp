@@ -1,9 +1,6 @@
 // The parameter record, each setter's bytes, limits and refusals.
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <cstring>
-#include <limits>
 #include <memory>
 
 #include "tests/device/scripted_transport.h"
@@ -11,25 +8,19 @@
 namespace zrv::testing {
 namespace {
 
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
-constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr int kFieldBytes = 29;  // what follows the text lines of the identification
 
-struct SetterCase {
+const struct SetterCase {
   const char* name;
   ZRVParam param;
   float value1, value2;
   const char* wire;  // "" when nothing is sent
   float stored;      // what GetDeviceParam says afterwards
   ZRVError error;
-};
-
-const SetterCase kSetterCases[] = {
-    {"baud rate", ParamUSARTBaudRate, 460800, 0, "B5 B0 2B BB 09 00 08 07 0A", 460800, ErrorNone},
+} kSetterCases[] = {
     {"baud rate below", ParamUSARTBaudRate, 1, 0, "B5 B0 2B BB 09 00 C2 01 0A", 115200, ErrorNone},
     {"baud rate above", ParamUSARTBaudRate, 1e12f, 0, "B5 B0 2B BB 09 00 40 38 0A", 3686400, ErrorNone},
     {"sample rate", ParamSampleRate, 44099.6f, 0, "B5 B0 2B E8 09 44 AC 00 0A", 44100, ErrorNone},
-    {"sample rate below", ParamSampleRate, 50, 0, "B5 B0 2B E8 09 2C 01 00 0A", 300, ErrorNone},
     {"sample rate negative", ParamSampleRate, -5, 0, "B5 B0 2B E8 09 2C 01 00 0A", 300, ErrorNone},
     {"sample rate above", ParamSampleRate, kInfinity, 0, "B5 B0 2B E8 09 50 C3 00 0A", 50000, ErrorNone},
     {"sample rate unchanged", ParamSampleRate, 20000, 0, "", 20000, ErrorNone},
@@ -68,161 +59,102 @@ const SetterCase kSetterCases[] = {
     {"unknown", static_cast<ZRVParam>(3), 0, 0, "", 1e9f, ErrorInvalidParam},
 };
 
-TEST(Params, SettersSendTheirBytesAndKeepWhatWasAcknowledged) {
-  ScriptedDevice s;
+class Params : public Scripted {
+ protected:
+  std::string SentRecord() {
+    return Sent([&] { device.SetDeviceParams(&p); });
+  }
+
+  ZRVDeviceParams p;
+};
+
+TEST_F(Params, SettersSendTheirBytesAndKeepWhatWasAcknowledged) {
   for (const auto& c : kSetterCases) {
     SCOPED_TRACE(c.name);
-    ZRVDeviceParams fresh;
-    s.device.GetDeviceParams(&fresh);
-    s.port->TakeWrites();
-    s.device.SetDeviceParam(c.param, c.value1, c.value2);
-    EXPECT_EQ(s.device.GetLastError(), c.error);
-    EXPECT_EQ(s.port->TakeWrites(), c.wire);
-    EXPECT_EQ(s.device.GetDeviceParam(c.param), c.stored);
+    device.GetDeviceParams(&p);
+    EXPECT_EQ(Sent([&] { device.SetDeviceParam(c.param, c.value1, c.value2); }), c.wire);
+    EXPECT_EQ(device.GetLastError(), c.error);
+    EXPECT_EQ(device.GetDeviceParam(c.param), c.stored);
   }
 }
 
-TEST(Params, ARefusedSetterKeepsTheOldValue) {
-  ScriptedDevice s;
-  const struct {
-    const char* name;
-    ZRVParam param;
-    uint8_t code;
-    float before;
-  } kCases[] = {{"rate", ParamSampleRate, 0xE8, 20000},
-                {"bias", ParamVbias, 0xEA, 70},
-                {"driver", ParamMEMSDriverEnable, 0xD5, 0},
-                {"axes", ParamDeviceAxes, 0xE7, 0}};
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(c.name);
-    s.port->Answer(c.code, {0xB5, 0xB0, 0x0B});
-    s.device.SetDeviceParam(c.param, 5);
-    EXPECT_EQ(s.device.GetLastError(), ErrorBadAcknowledge);
-    EXPECT_EQ(s.device.GetDeviceParam(c.param), c.before);
+TEST_F(Params, ARefusedSetterKeepsTheOldValue) {
+  const std::tuple<ZRVParam, uint8_t, float> kCases[] = {
+      {ParamSampleRate, 0xE8, 20000}, {ParamMEMSDriverEnable, 0xD5, 0}, {ParamDeviceAxes, 0xE7, 0}};
+  for (const auto& [param, code, before] : kCases) {
+    port->Answer(code, {0xB5, 0xB0, 0x0B});
+    device.SetDeviceParam(param, 5);
+    EXPECT_EQ(device.GetLastError(), ErrorBadAcknowledge);
+    EXPECT_EQ(device.GetDeviceParam(param), before);
   }
 }
 
-TEST(Params, TheRecordIsReadFieldByField) {
-  ScriptedDevice s;
-  s.port->Answer(0xE4, kAck + Bytes{0x00, 0xC0, 0x01, 0x40});
-  const std::unique_ptr<ZRVDeviceParams> p(s.device.GetDeviceParams());
-  EXPECT_EQ(s.port->TakeWrites(), "B5 B0 2B E0 06 0A | B5 B0 2B E4 06 0A | B5 B0 2B E1 06 0A");
-  EXPECT_EQ(s.device.GetLastError(), ErrorNone);
-  EXPECT_EQ(p->ParamsValid, 1);
-  EXPECT_STREQ(p->DeviceName, "Bench 1");
-  EXPECT_STREQ(p->FirmwareName, "FW 3.2");
-  EXPECT_STREQ(p->CommType, "USB");
-  EXPECT_STREQ(p->BluetoothMAC, "00:11:22:33:44:55");
-  EXPECT_EQ(p->USARTBaudRate, 921600u);
-  EXPECT_EQ(p->SampleRate, 20000u);
-  EXPECT_EQ(p->HardwareFilterBw, 2000u);
-  EXPECT_EQ(p->DataScale, 1.0f);
-  EXPECT_EQ(p->DataRotation, 0.0f);
-  EXPECT_EQ(p->VmaxMEMSDriver, 130.0f);
-  EXPECT_EQ(p->Vbias, 70.0f);
-  EXPECT_EQ(p->VdifferenceMax, 60.0f);
-  EXPECT_EQ(p->HardwareFilterOn, 1u);
-  EXPECT_EQ(p->XOffset, 16384.0f / 32767.0f);
-  EXPECT_EQ(p->YOffset, -16383.0f / 32767.0f);
-  EXPECT_EQ(p->SampleRateMin, 300u);
-  EXPECT_EQ(p->SampleRateMax, 50000u);
-  EXPECT_EQ(p->LimitWord3, 1u);
-  EXPECT_EQ(p->SampleBufferCapacity, 30000u);
-  EXPECT_EQ(p->HardwareFilterBwMin, 10u);
-  EXPECT_EQ(p->HardwareFilterBwMax, 9000u);
-  EXPECT_EQ(p->LimitByte10, 4u);
-  EXPECT_EQ(p->VbiasMin, 5u);
-  EXPECT_EQ(p->VbiasMax, 90u);
-}
-
-TEST(Params, AnIdentificationCutAnywhereIsNeverValidNorTrusted) {
-  ScriptedDevice s;
-  for (size_t length = 0; length < kIdentification.size(); ++length) {
-    SCOPED_TRACE(length);
-    s.port->Answer(0xE0, Bytes(kIdentification.begin(), kIdentification.begin() + static_cast<int>(length)));
-    ZRVDeviceParams p;
-    p.ParamsValid = 1;
-    s.device.GetDeviceParams(&p);
-    const size_t lineEnd = 3 + 8;
-    const ZRVError expected = length < 3         ? ErrorSerialComm
-                              : length < lineEnd - 1 ? ErrorBadAcknowledge
-                                                     : ErrorDeviceResponse;
-    EXPECT_EQ(s.device.GetLastError(), expected);
-    EXPECT_EQ(p.ParamsValid, 0);
-    EXPECT_EQ(s.device.GetDeviceParam(ParamSampleRate), 20000.0f);
-    s.port->Answer(0xE0, kIdentification);
-    s.device.GetDeviceParams(&p);
-    EXPECT_EQ(p.ParamsValid, 1);
-    EXPECT_EQ(s.device.GetLastError(), ErrorNone);
-  }
-}
-
-TEST(Params, MissingAnswerBytesReadAsFillerInTheCallersRecord) {
-  ScriptedDevice s;
-  const size_t uptoRate = kIdentification.size() - kFieldBytes + 4;  // ends within the sample rate
-  s.port->Answer(0xE0, Bytes(kIdentification.begin(), kIdentification.begin() + static_cast<int>(uptoRate)));
-  ZRVDeviceParams p;
-  s.device.GetDeviceParams(&p);
-  EXPECT_EQ(p.USARTBaudRate, 921600u);
-  EXPECT_EQ(p.HardwareFilterBw, 0xDCDCu);
-  EXPECT_EQ(p.Vbias, 220.0f);
-}
-
-TEST(Params, LimitsCutAnywhereAreNotTrustedEither) {
-  ScriptedDevice s;
-  for (size_t length = 0; length < kLimits.size(); ++length) {
-    SCOPED_TRACE(length);
-    s.device.SetDeviceParam(ParamSampleRate, 1000);
-    s.port->Answer(0xE1, Bytes(kLimits.begin(), kLimits.begin() + static_cast<int>(length)));
-    ZRVDeviceParams p;
-    s.device.GetDeviceParams(&p);
-    EXPECT_NE(s.device.GetLastError(), ErrorNone);
-    EXPECT_EQ(p.ParamsValid, 0);
-    s.port->TakeWrites();
-    s.device.SetDeviceParam(ParamSampleRate, 1e6f);
-    EXPECT_EQ(s.port->TakeWrites(), "B5 B0 2B E8 09 50 C3 00 0A");
-  }
-}
-
-TEST(Params, LongTextsAreCutToTheirFields) {
-  ScriptedDevice s;
-  const Bytes tail(kIdentification.end() - kFieldBytes, kIdentification.end());
-  s.port->Answer(0xE0, kAck + Text("ZR-INFO\n" + std::string(79, 'n') + "\n" + std::string(40, 'f') + "\n" +
-                                   std::string(16, 'c') + "\n" + std::string(18, 'm') + "\n") + tail);
-  ZRVDeviceParams p;
-  s.device.GetDeviceParams(&p);
-  EXPECT_EQ(s.device.GetLastError(), ErrorNone);
-  EXPECT_EQ(p.DeviceName, std::string(31, 'n'));
-  EXPECT_EQ(p.FirmwareName, std::string(15, 'f'));
-  EXPECT_EQ(p.CommType, std::string(15, 'c'));
+TEST_F(Params, TheRecordIsReadFieldByField) {
+  const std::string names = "ZR-INFO\n" + std::string(79, 'n') + "\nFW 3.2\nUSB\n" + std::string(18, 'm') + "\n";
+  port->Answer(0xE0, kAck + Text(names) + Bytes{0x00, 0x10, 0x0E, 0x20, 0x4E, 0x00, 0xD0, 0x07, 0xFF, 0x3F, 0x00, 0x40,
+                                                130, 70, 60, 1, 2, 3, 4, 0x07, 0x61, 5, 6, 7, 8, 9, 10, 11, 12});
+  port->Answer(0xE4, kAck + Bytes{0x00, 0xC0, 0x01, 0x40});
+  device.GetDeviceParams(&p);
+  EXPECT_EQ(device.GetLastError(), ErrorNone);
+  EXPECT_EQ(std::tuple(std::string(p.DeviceName), std::string(p.FirmwareName), std::string(p.CommType)),
+            std::tuple(std::string(31, 'n'), "FW 3.2", "USB"));  // long texts are cut to their fields
   EXPECT_EQ(p.BluetoothMAC, std::string(17, 'm'));
+  EXPECT_EQ(std::tuple(p.ParamsValid, p.USARTBaudRate, p.SampleRate, p.HardwareFilterBw, p.VmaxMEMSDriver, p.Vbias,
+                       p.VdifferenceMax, p.DeviceAxes, p.MEMSDriverEnable),
+            std::tuple(1, 921600, 20000, 2000, 130, 70, 60, 1, 2));
+  EXPECT_EQ(std::tuple(p.DigitalOutputEnable, p.LaserModulationEnable, p.HardwareFilterOn, p.SyncMode, p.SyncState,
+                       p.DeviceErrorRegister, p.BufferOffset, p.BootSetting, p.DataMode),
+            std::tuple(3, 4, 1, 3, 3, 0x605, 0x090807, 0x0B0A, 12));  // state word 0x6107
+  EXPECT_EQ(std::tuple(p.DataScale, p.XOffset, p.YOffset),
+            std::tuple(16383.0f / 32767, 16384.0f / 32767, -16383.0f / 32767));
+  EXPECT_NEAR(p.DataRotation, M_PI / 2, 1e-6);
+  EXPECT_EQ(std::tuple(p.SampleRateMin, p.SampleRateMax, p.LimitWord3, p.SampleBufferCapacity, p.HardwareFilterBwMin,
+                       p.HardwareFilterBwMax),
+            std::tuple(300, 50000, 1, 30000, 10, 9000));
+  EXPECT_EQ(std::tuple(p.LimitByte7, p.LimitByte8, p.LimitByte9, p.LimitByte10, p.VbiasMin, p.VbiasMax),
+            std::tuple(1, 2, 3, 4, 5, 90));
 }
 
-TEST(Params, WithoutAPortOnlyTheLimitsAreGiven) {
-  ZRVDevice device;
-  ZRVDeviceParams p;
+TEST_F(Params, AnIdentificationOrLimitsCutAnywhereAreNotTrusted) {
+  const size_t infoLine = 3 + 7;  // without its end
+  for (const auto& [code, whole] : {std::pair{0xE0, kIdentification}, {0xE1, kLimits}}) {
+    for (size_t length = 0; length < whole.size(); ++length) {
+      SCOPED_TRACE(length);
+      port->Answer(static_cast<uint8_t>(code), Head(whole, length));
+      p.ParamsValid = 1;
+      device.GetDeviceParams(&p);
+      EXPECT_EQ(device.GetLastError(), length < 3          ? ErrorSerialComm
+                                       : length < infoLine ? ErrorBadAcknowledge
+                                                           : ErrorDeviceResponse);
+      EXPECT_EQ(p.ParamsValid, 0);
+      EXPECT_EQ(device.GetDeviceParam(ParamSampleRate), 20000.0f);
+      device.SetDeviceParam(ParamVbias, 1e6f);  // to the limit known before
+      EXPECT_EQ(device.GetDeviceParam(ParamVbias), 90.0f);
+      port->Answer(static_cast<uint8_t>(code), whole);
+      device.GetDeviceParams(&p);
+      EXPECT_EQ(p.ParamsValid, 1);
+    }
+  }
+}
+
+TEST_F(Params, MissingAnswerBytesReadAsFillerInTheCallersRecord) {
+  port->Answer(0xE0, Head(kIdentification, kIdentification.size() - kFieldBytes + 4));  // ends within the sample rate
+  device.GetDeviceParams(&p);
+  EXPECT_EQ(std::tuple(p.USARTBaudRate, p.HardwareFilterBw, p.Vbias), std::tuple(921600, 0xDCDC, 220));
+}
+
+TEST_F(Params, WithoutAPortOnlyTheLimitsAreGiven) {
   p.ParamsValid = 1;
   p.SampleRate = 77;
-  device.GetDeviceParams(&p);
-  EXPECT_EQ(p.ParamsValid, 0);
-  EXPECT_EQ(p.SampleRate, 77u);
-  EXPECT_EQ(p.SampleRateMin, 200u);
-  EXPECT_EQ(p.SampleBufferCapacity, 25000u);
-  EXPECT_EQ(p.LimitByte10, 140u);
-  EXPECT_EQ(p.VbiasMax, 100u);
-  device.GetDeviceParams(nullptr);
-  EXPECT_EQ(device.GetLastError(), ErrorNotConnected);
+  ZRVDevice().GetDeviceParams(&p);
+  EXPECT_EQ(std::tuple(p.ParamsValid, p.SampleRate, p.SampleRateMin, p.SampleBufferCapacity, p.LimitByte10, p.VbiasMax),
+            std::tuple(0, 77, 200, 25000, 140, 100));
 }
 
-TEST(Params, ARecordSendsWhatChangedAndKeepsTheWorstError) {
-  ScriptedDevice s;
-  ZRVDeviceParams p;
-  s.device.GetDeviceParams(&p);
-  s.port->TakeWrites();
-  s.device.SetDeviceParams(&p);
-  EXPECT_EQ(s.port->TakeWrites(), "");
-  EXPECT_EQ(s.device.GetLastError(), ErrorNone);
-
+TEST_F(Params, ARecordSendsWhatChangedAndKeepsTheWorstError) {
+  device.GetDeviceParams(&p);
+  EXPECT_EQ(SentRecord(), "");
+  EXPECT_EQ(device.GetLastError(), ErrorNone);
   p.SampleRate = 1000;
   p.Vbias = 1e9f;                   // not given
   p.BufferOffset = 1000000000;      // not given
@@ -231,101 +163,73 @@ TEST(Params, ARecordSendsWhatChangedAndKeepsTheWorstError) {
   p.XOffset = 0.25f;
   p.YOffset = 1e9f;                 // not given: Y stays
   p.SyncMode = static_cast<ZRVSync>(1000000000);
-  s.device.SetDeviceParams(&p);
-  EXPECT_EQ(s.port->TakeWrites(),
-            "B5 B0 2B E8 09 E8 03 00 0A | B5 B0 2B BF 0A 00 A0 00 80 0A | B5 B0 2B E7 07 04 0A");
-  EXPECT_EQ(s.device.GetLastError(), ErrorInvalidValue);
-
-  s.device.GetDeviceParams(&p);
-  p.VmaxMEMSDriver = 99;  // read only
-  p.SampleRate = 2000;
-  s.port->TakeWrites();
-  s.device.SetDeviceParams(&p);
-  EXPECT_EQ(s.port->TakeWrites(), "B5 B0 2B E8 09 D0 07 00 0A");
-  EXPECT_EQ(s.device.GetLastError(), ErrorReadOnlyParam);
-  s.device.SetDeviceParams(nullptr);
-  EXPECT_EQ(s.device.GetLastError(), ErrorNotConnected);
+  EXPECT_EQ(SentRecord(), "B5 B0 2B E8 09 E8 03 00 0A | B5 B0 2B BF 0A 00 A0 00 80 0A | B5 B0 2B E7 07 04 0A");
+  EXPECT_EQ(device.GetLastError(), ErrorInvalidValue);
 }
 
-// The scripted controller goes on reporting its first name, as one that shortens names would.
-TEST(Params, ANameSetThroughARecordIsNotSentAgain) {
-  ScriptedDevice s;
-  ZRVDeviceParams p;
-  s.device.GetDeviceParams(&p);
-  std::strcpy(p.DeviceName, "Lab");
-  s.port->TakeWrites();
-  s.device.SetDeviceParams(&p);
-  EXPECT_EQ(s.port->TakeWrites().substr(0, 26), "B5 B0 2B BA 09 4C 61 62 0A");
-  s.device.SetDeviceParams(&p);
-  EXPECT_EQ(s.port->TakeWrites(), "");
-
-  std::strcpy(p.DeviceName, "Bad");
-  s.port->Answer(0xBA, {0xB5, 0xB0, 0x0B});
-  for (int attempt = 0; attempt < 2; ++attempt) {  // a refused name is
-    s.device.SetDeviceParams(&p);
-    EXPECT_EQ(s.port->TakeWrites(), "B5 B0 2B BA 09 42 61 64 0A | 0A | 0A | 0A");
-    EXPECT_EQ(s.device.GetLastError(), ErrorBadAcknowledge);
-  }
-}
-
-TEST(Params, ReadOnlyFields) {
+TEST_F(Params, ReadOnlyFields) {
   const struct {
     const char* name;
     void (*change)(ZRVDeviceParams&);
     ZRVError error;
   } kCases[] = {
-      {"firmware", [](ZRVDeviceParams& p) { p.FirmwareName[0] = 'x'; }, ErrorReadOnlyParam},
-      {"firmware empty", [](ZRVDeviceParams& p) { p.FirmwareName[0] = '\0'; }, ErrorNone},
-      {"link", [](ZRVDeviceParams& p) { p.CommType[0] = 'x'; }, ErrorReadOnlyParam},
-      {"MAC", [](ZRVDeviceParams& p) { p.BluetoothMAC[0] = 'x'; }, ErrorReadOnlyParam},
-      {"errors", [](ZRVDeviceParams& p) { p.DeviceErrorRegister = 7; }, ErrorReadOnlyParam},
-      {"state", [](ZRVDeviceParams& p) { p.DeviceState = 7; }, ErrorReadOnlyParam},
-      {"state not given", [](ZRVDeviceParams& p) { p.DeviceState = 1000000000; }, ErrorNone},
-      {"filter", [](ZRVDeviceParams& p) { p.HardwareFilterOn = 0; }, ErrorReadOnlyParam},
+      {"firmware", [](ZRVDeviceParams& r) { r.FirmwareName[0] = 'x'; }, ErrorReadOnlyParam},
+      {"firmware empty", [](ZRVDeviceParams& r) { r.FirmwareName[0] = '\0'; }, ErrorNone},
+      {"link", [](ZRVDeviceParams& r) { r.CommType[0] = 'x'; }, ErrorReadOnlyParam},
+      {"MAC", [](ZRVDeviceParams& r) { r.BluetoothMAC[0] = 'x'; }, ErrorReadOnlyParam},
+      {"errors", [](ZRVDeviceParams& r) { r.DeviceErrorRegister = 7; }, ErrorReadOnlyParam},
+      {"state", [](ZRVDeviceParams& r) { r.DeviceState = 7; }, ErrorReadOnlyParam},
+      {"state not given", [](ZRVDeviceParams& r) { r.DeviceState = 1000000000; }, ErrorNone},
+      {"filter", [](ZRVDeviceParams& r) { r.HardwareFilterOn = 0; }, ErrorReadOnlyParam},
+      {"voltage", [](ZRVDeviceParams& r) { r.VmaxMEMSDriver = 99; }, ErrorReadOnlyParam},
   };
   for (const auto& c : kCases) {
-    SCOPED_TRACE(c.name);
-    ScriptedDevice s;
-    ZRVDeviceParams p;
-    s.device.GetDeviceParams(&p);
-    s.port->TakeWrites();
+    device.GetDeviceParams(&p);
     c.change(p);
-    s.device.SetDeviceParams(&p);
-    EXPECT_EQ(s.device.GetLastError(), c.error);
-    EXPECT_EQ(s.port->TakeWrites(), "");
+    EXPECT_EQ(SentRecord(), "") << c.name;
+    EXPECT_EQ(device.GetLastError(), c.error) << c.name;
   }
 }
 
-TEST(Params, Names) {
+TEST_F(Params, Names) {
   constexpr const char* kAccess = "5c0e1b7a9f3d2e84c6a1b0f97d3e5a21";
   const std::string reread = " | B5 B0 2B E0 06 0A | B5 B0 2B E4 06 0A | B5 B0 2B E1 06 0A";
-  ScriptedDevice s;
-  s.device.SetDeviceName("Bench 1");
-  EXPECT_EQ(s.port->TakeWrites(), "");  // its name already
-  s.device.SetDeviceName("Lab");
-  EXPECT_EQ(s.port->TakeWrites(), "B5 B0 2B BA 09 4C 61 62 0A" + reread);
-  s.device.SetDeviceName(std::string(31, 'a').c_str());
-  EXPECT_EQ(s.port->TakeWrites().substr(0, 14), "B5 B0 2B BA 25");
+  const auto named = [&](const char* name) { return Sent([&] { device.SetDeviceName(name); }); };
+  const auto defaultNamed = [&](const char* name, const char* access) {
+    return Sent([&] { device.SetDefaultDeviceName(name, access); });
+  };
+  EXPECT_EQ(named("Bench 1"), "");  // its name already
+  EXPECT_EQ(named("Lab"), "B5 B0 2B BA 09 4C 61 62 0A" + reread);
+  EXPECT_EQ(named(std::string(31, 'a').c_str()).substr(0, 14), "B5 B0 2B BA 25");
   for (const char* bad : {static_cast<const char*>(nullptr), "12345678901234567890123456789012"}) {
-    s.device.SetDeviceName(bad);
-    EXPECT_EQ(s.device.GetLastError(), ErrorInvalidValue);
-    s.device.SetDefaultDeviceName(bad, kAccess);
-    EXPECT_EQ(s.device.GetLastError(), ErrorInvalidValue);
-    EXPECT_EQ(s.port->TakeWrites(), "");
+    EXPECT_EQ(named(bad), "");
+    EXPECT_EQ(device.GetLastError(), ErrorInvalidValue);
+    EXPECT_EQ(defaultNamed(bad, kAccess), "");
+    EXPECT_EQ(device.GetLastError(), ErrorInvalidValue);
   }
-  s.device.SetDefaultDeviceName("Lab", kAccess);
-  EXPECT_EQ(s.port->TakeWrites(), "B5 B0 2B BD 09 4C 61 62 0A" + reread);
-  s.device.SetDefaultDeviceName("Lab", "5C0E1B7A9F3D2E84C6A1B0F97D3E5A21");
-  EXPECT_EQ(s.port->TakeWrites(), "");
+  EXPECT_EQ(defaultNamed("Lab", kAccess), "B5 B0 2B BD 09 4C 61 62 0A" + reread);
+  EXPECT_EQ(defaultNamed("Lab", "5C0E1B7A9F3D2E84C6A1B0F97D3E5A21"), "");
 }
 
-TEST(Params, HardwareFilterDelay) {
-  ScriptedDevice s;  // 20000 samples/s, 2000 Hz: 2000000 / 316000 = 6
-  EXPECT_EQ(s.device.CalcHardwareFilterDelay(100), 6u);
-  EXPECT_EQ(s.device.CalcHardwareFilterDelay(5), 4u);
-  s.port->Answer(0xF4, kAck + Bytes{0x00, 0x00});
-  s.device.GetDeviceState();
-  EXPECT_EQ(s.device.CalcHardwareFilterDelay(100), 0u);
+// The scripted controller goes on reporting its first name, as one that shortens names would.
+TEST_F(Params, ANameSetThroughARecordIsNotSentAgain) {
+  device.GetDeviceParams(&p);
+  std::strcpy(p.DeviceName, "Lab");
+  EXPECT_EQ(SentRecord().substr(0, 26), "B5 B0 2B BA 09 4C 61 62 0A");
+  EXPECT_EQ(SentRecord(), "");
+  std::strcpy(p.DeviceName, "Bad");
+  port->Answer(0xBA, {0xB5, 0xB0, 0x0B});
+  for (int attempt = 0; attempt < 2; ++attempt) {  // a refused name is
+    EXPECT_EQ(SentRecord(), "B5 B0 2B BA 09 42 61 64 0A | 0A | 0A | 0A");
+    EXPECT_EQ(device.GetLastError(), ErrorBadAcknowledge);
+  }
+}
+
+TEST_F(Params, HardwareFilterDelay) {  // 20000 samples/s, 2000 Hz: 2000000 / 316000 = 6
+  EXPECT_EQ(device.CalcHardwareFilterDelay(100), 6u);
+  EXPECT_EQ(device.CalcHardwareFilterDelay(5), 4u);
+  SetState(0);
+  EXPECT_EQ(device.CalcHardwareFilterDelay(100), 0u);
 }
 
 }  // namespace

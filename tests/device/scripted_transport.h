@@ -7,9 +7,15 @@
 #include <cstdio>
 #include <cstring>
 #include <deque>
+#include <functional>
+#include <limits>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "ZRVDevice.h"
 
@@ -33,6 +39,13 @@ inline Bytes operator+(Bytes first, const Bytes& second) {
 }
 
 inline Bytes Text(const std::string& text) { return Bytes(text.begin(), text.end()); }
+inline Bytes LE16(unsigned count) { return {static_cast<uint8_t>(count), static_cast<uint8_t>(count >> 8)}; }
+inline Bytes Head(const Bytes& bytes, size_t count) {
+  return Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count));
+}
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 inline const Bytes kAck = {0xB5, 0xB0, 0x0A};
 
@@ -64,8 +77,8 @@ class ScriptedTransport : public ZRVSerialIO {
   void AnswerOnce(uint8_t code, Bytes bytes) { answers_[code].push_front(std::move(bytes)); }
   // Bytes that the controller sends after the block that follows an 0xB2.
   Bytes afterBlock = kAck;
-  int failWritesFrom = -1;  // index of the first write that fails
-  bool failPurge = false;
+  Bytes afterPurges;  // that arrive once the two purges of a resynchronisation are done
+  bool writesFail = false, purgesFail = false;
 
   ScriptedTransport() {
     for (const int code : {0x9D, 0xA4, 0xB1, 0xB2, 0xBA, 0xBB, 0xBD, 0xC0, 0xD4, 0xD5, 0xD6, 0xD7, 0xD8, 0xD9, 0xDA, 0xDB,
@@ -99,8 +112,7 @@ class ScriptedTransport : public ZRVSerialIO {
 
   int Write(const void* buffer, unsigned count, unsigned* written, unsigned timeoutMs) override {
     writeTimeouts_.push_back(timeoutMs);
-    if (failWritesFrom >= 0 && writeIndex_ >= failWritesFrom) return kFailed;
-    ++writeIndex_;
+    if (writesFail) return kFailed;
     const auto* bytes = static_cast<const uint8_t*>(buffer);
     writes_.push_back(Hex(bytes, count));
     if (written != nullptr) *written = count;
@@ -127,7 +139,8 @@ class ScriptedTransport : public ZRVSerialIO {
   void SetReadTimeoutMode(int mode) override { mode_ = mode; }
   int PurgeQueues() override {
     incoming_.clear();
-    return failPurge ? kFailed : kOk;
+    if (++purges_ % 2 == 0) Queue(afterPurges);
+    return purgesFail ? kFailed : kOk;
   }
 
   void Queue(const Bytes& bytes) { incoming_.insert(incoming_.end(), bytes.begin(), bytes.end()); }
@@ -144,21 +157,37 @@ class ScriptedTransport : public ZRVSerialIO {
   std::deque<uint8_t> incoming_;
   std::vector<std::string> writes_;
   std::vector<unsigned> writeTimeouts_, waits_;
-  int writeIndex_ = 0;
+  int purges_ = 0;
   int mode_ = kWaitForAll;
   bool blockFollows_ = false;
 };
 
-// A device connected to a script, its connection traffic already taken off the record.
-struct ScriptedDevice {
-  ScriptedDevice() { Connect(); }
+// A test with a device that is connected to a script, the connection's traffic taken off the record.
+class Scripted : public ::testing::Test {
+ protected:
+  Scripted() { Connect(kIdentification); }
 
-  void Connect() {
+  void Connect(const Bytes& identification) {
     port = new ScriptedTransport;
+    port->Answer(0xE0, identification);
     device.ConnectDevice(port);
     port->TakeWrites();
     port->TakeWaits();
   }
+
+  // What a call writes; its waits are then on record too.
+  std::string Sent(const std::function<void()>& call) {
+    port->TakeWrites();
+    port->TakeWaits();
+    call();
+    return port->TakeWrites();
+  }
+
+  void SetState(uint16_t word) {
+    port->Answer(0xF4, kAck + LE16(word));
+    device.GetDeviceState();
+  }
+  void SetMode(ZRVDataMode mode) { Sent([&] { device.SetDeviceParam(ParamDataMode, static_cast<float>(mode)); }); }
 
   ZRVDevice device;
   ScriptedTransport* port = nullptr;  // the device's
