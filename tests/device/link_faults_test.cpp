@@ -62,16 +62,16 @@ class LinkFaults : public SimulatedDevice {
   }
 };
 
-TEST_F(LinkFaults, OneByteOfAnAnswer) {
+TEST_F(LinkFaults, OneByteOfAnAcknowledgement) {
   const std::pair<const char*, Fault> kFaults[] = {{"dropped", Fault::Drop()},
                                                    {"corrupt", Fault::Corrupt(0x01)},
                                                    {"doubled", Fault::Duplicate()},
                                                    {"2.5 s late", Fault::Delay(2.5)}};
   for (const Exchange& exchange : kExchanges) {
     for (const auto& [name, fault] : kFaults) {
-      for (const int byte : {0, 1, 2, 4}) {
-        // The last byte of an acknowledgement doubled is a good acknowledgement; what it leaves waits for the next.
-        if (byte >= 2 && fault.kind == Fault::Kind::kDuplicate) continue;
+      for (const int byte : {0, 1, 2}) {
+        // The last byte of an acknowledgement doubled is a good acknowledgement.
+        if (byte == 2 && fault.kind == Fault::Kind::kDuplicate) continue;
         controller->faults().OnCommand(exchange.code, fault, byte);
         ExpectBounded(exchange, name);
         if (fault.kind == Fault::Kind::kDelay) LetStragglersIn();

@@ -33,7 +33,7 @@ TEST_F(Position, LengthOfAMove) {
     unsigned ms;
     const char* announced;  // 5 bytes a sample
   } kCases[] = {{1000, 1, "14 00 00"}, {1000, 4, "19 00 00"}, {20000, 1000, "A5 86 01"},
-                {5000, 100000, "45 E8 01"},   // 5 s, 25001 samples
+                {5000, 100000, "4D E8 01"},   // 5 s, 25001 samples
                 {50000, 5000, "F0 49 02"}};  // cut at the controller's 30000 samples
   for (const auto& c : kCases) {
     device.SetDeviceParam(ParamSampleRate, c.rate);
@@ -52,7 +52,8 @@ TEST_F(Position, OutsideTheFieldIsRefused) {
   EXPECT_EQ(device.GetLastError(), ErrorNone);
 }
 
-TEST_F(Position, ColourTable) {
+TEST(Colours, TableIsBounded) {
+  ZRVDevice device;
   std::vector<unsigned> table(150000, 1), big(150000, 5);
   device.GetRGBData(table.data(), 150000);
   EXPECT_EQ(std::tuple(table[99999], table[100000]), std::tuple(0xFFFFFFu, 1u));

@@ -80,7 +80,19 @@ class ScriptedTransport : public ZRVSerialIO {
   Bytes afterPurges;  // that arrive once the two purges of a resynchronisation are done
   bool writesFail = false, purgesFail = false;
 
-  ScriptedTransport() {
+  ScriptedTransport() { Reset(); }
+
+  // The script of a controller that answers everything, with nothing under way.
+  void Reset() {
+    answers_.clear();
+    incoming_.clear();
+    writes_.clear();
+    waits_.clear();
+    afterBlock = kAck;
+    afterPurges.clear();
+    writesFail = purgesFail = blockFollows_ = false;
+    mode_ = kWaitForAll;
+    purges_ = 0;
     for (const int code : {0x9D, 0xA4, 0xB1, 0xB2, 0xBA, 0xBB, 0xBD, 0xC0, 0xD4, 0xD5, 0xD6, 0xD7, 0xD8, 0xD9, 0xDA, 0xDB,
                            0xE3, 0xE5, 0xE7, 0xE8, 0xEA, 0xEB, 0xEE, 0xEF, 0xF1, 0xF5, 0xF8}) {
       Answer(static_cast<uint8_t>(code), kAck);
@@ -162,10 +174,21 @@ class ScriptedTransport : public ZRVSerialIO {
   bool blockFollows_ = false;
 };
 
-// A test with a device that is connected to a script, the connection's traffic taken off the record.
+// A test with a device that is connected to a script, nothing on the record. Connecting takes 200 ms, so the tests of
+// a program share the device: each begins with its record, stop values and colours read or set anew.
 class Scripted : public ::testing::Test {
  protected:
-  Scripted() { Connect(kIdentification); }
+  Scripted() {
+    if (port == nullptr) Connect(kIdentification);
+    port->Reset();
+    ZRVDeviceParams params;
+    device.GetDeviceParams(&params);
+    device.StopDataStream();
+    device.SetRGBData(0xFFFFFFu, 0);
+    device.SetRGBGammas(1, 1, 1);
+    port->TakeWrites();
+    port->TakeWaits();
+  }
 
   void Connect(const Bytes& identification) {
     port = new ScriptedTransport;
@@ -189,8 +212,8 @@ class Scripted : public ::testing::Test {
   }
   void SetMode(ZRVDataMode mode) { Sent([&] { device.SetDeviceParam(ParamDataMode, static_cast<float>(mode)); }); }
 
-  ZRVDevice device;
-  ScriptedTransport* port = nullptr;  // the device's
+  static inline ZRVDevice device;
+  static inline ScriptedTransport* port = nullptr;  // the device's
 };
 
 constexpr const char* kResync = "0A | 0A | 0A";
