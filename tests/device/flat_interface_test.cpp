@@ -134,8 +134,8 @@ TEST(FlatGenerator, RasterIsTheMembers) {
   ASSERT_GT(expected, 0u);
   ZRVDataGenerator* generator = ZRVCreateDataGenerator();
   for (unsigned int* rate : {&sps, static_cast<unsigned int*>(nullptr)}) {
-    EXPECT_EQ(ZRVLinearRasterPattern(generator, x.data(), y.data(), m.data(), 0.5f, 0.75f, 10, 20, 0.02f, true, false, 3,
-                                     0.5f, rate, 1000, 20000),
+    EXPECT_EQ(ZRVLinearRasterPattern(generator, x.data(), y.data(), m.data(), 0.5f, 0.75f, 10, 20, 0.02f, true, false,
+                                     3, 0.5f, rate, 1000, 20000),
               expected);
   }
   EXPECT_EQ(sps, expectedSps);

@@ -19,7 +19,8 @@ namespace {
 using Fields = std::tuple<float, int, int, unsigned, float, unsigned, unsigned, unsigned>;
 
 Fields FieldsOf(const ZRVTrackParams& p) {
-  return {p.Threshold, p.NormalGain, p.TangentialGain, p.BufferDelay, p.HitRatio, p.StateBit0, p.StateBit1, p.StateBit2};
+  return {p.Threshold, p.NormalGain, p.TangentialGain, p.BufferDelay,
+          p.HitRatio,  p.StateBit0,  p.StateBit1,      p.StateBit2};
 }
 
 ZRVTrackParams Track(const Fields& fields) {
