@@ -24,7 +24,8 @@ void List() {
   }
   if (found.NumDevices == 0)
     throw ToolError("no controller answered on any serial port (ErrorNoDeviceFound).\n"
-                    "Check power and cable; without hardware, run zrv simulate in another terminal.");
+                    "Check power and cable, and that no other program has the port;\n"
+                    "without hardware, run zrv simulate in another terminal.");
   std::printf("%-10s %-24s %-12s %-10s %8s %7s\n", "PORT", "NAME", "FIRMWARE", "LINK", "BAUD", "VMAX");
   for (unsigned int i = 0; i < found.NumDevices; ++i)
     std::printf("%-10s %-24s %-12s %-10s %8u %5g V\n", found.CommPortName[i], found.DeviceName[i],

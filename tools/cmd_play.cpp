@@ -41,11 +41,11 @@ class PlayGuard {
 };
 
 void Play(const PatternChoice& choice, PlayCommand& command) {
-  CatchStopSignals();
   command.options.laser = !command.dark;
   const Pattern pattern = choice.Make();
   ZRVDevice device;
   Connect(device, command.port);
+  CatchStopSignals();  // so far nothing has to be stopped
   PlayGuard guard(device);
   StartPlaying(device, pattern, command.options);
   std::printf("playing %s: %s%s\n", choice.kind->name, Describe(pattern).c_str(), FormatNote(device, pattern));

@@ -50,6 +50,7 @@ Readings ReadLive(ZRVDevice& device, const AnalogCommand& command) {
   Readings readings;
   StatusLine status;
   const StopWatch watch;
+  CatchStopSignals();  // the readings so far are still drawn; a capture is ended at once
   if (!OutputIsTerminal()) std::printf("time_s,ai0_v,ai1_v,detector\n");
   do {
     const double time = watch.Seconds();
@@ -62,8 +63,7 @@ Readings ReadLive(ZRVDevice& device, const AnalogCommand& command) {
     Check(device, "read the photodetector");
     Add(readings, time, values[0], values[1], values[2]);
     Print(readings, status);
-    if (command.seconds > 0 && watch.Seconds() >= command.seconds) break;
-  } while (SleepUnlessStopped(std::chrono::milliseconds(command.interval)));
+  } while (WaitWithin(command.seconds, watch, std::chrono::milliseconds(command.interval)));
   return readings;
 }
 
@@ -92,7 +92,6 @@ void PlotReadings(const std::string& file, const std::string& port, const Readin
 }
 
 void Analog(const AnalogCommand& command) {
-  CatchStopSignals();
   ZRVDevice device;
   Connect(device, command.port);
   const Readings readings = command.capture > 0 ? Capture(device, command.capture) : ReadLive(device, command);
@@ -126,6 +125,7 @@ struct TrackCommand {
 };
 
 void WatchTracking(ZRVDevice& device, const TrackCommand& command) {
+  CatchStopSignals();
   StatusLine line;
   const StopWatch watch;
   if (!OutputIsTerminal()) std::printf("time_s,x,y,status,flag\n");
@@ -134,12 +134,10 @@ void WatchTracking(ZRVDevice& device, const TrackCommand& command) {
     device.GetTrackStatus(&status);
     Check(device, "read the tracking status");
     PrintTrackStatus(watch.Seconds(), status, line);
-    if (command.seconds > 0 && watch.Seconds() >= command.seconds) break;
-  } while (SleepUnlessStopped(std::chrono::milliseconds(command.interval)));
+  } while (WaitWithin(command.seconds, watch, std::chrono::milliseconds(command.interval)));
 }
 
 void Track(const TrackCommand& command) {
-  CatchStopSignals();
   ZRVDevice device;
   Connect(device, command.port);
   ZRVTrackParams params;

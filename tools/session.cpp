@@ -33,7 +33,8 @@ constexpr ErrorText kErrors[] = {
     {ErrorInvalidPortName, "ErrorInvalidPortName", "there is no serial port of that name",
      "Give a name like ttyUSB0 or /dev/ttyUSB0 (on Windows COM3); zrv list shows them"},
     {ErrorNoDeviceFound, "ErrorNoDeviceFound", "no controller was found there",
-     "Check the cable and your right to open the port; without hardware, run zrv simulate in another terminal"},
+     "Check the cable, your right to open the port and that no other program has it;\n"
+     "without hardware, run zrv simulate in another terminal"},
 };
 
 const ErrorText& TextOf(ZRVError error) {
@@ -148,14 +149,13 @@ void WatchPlaying(ZRVDevice& device, const Pattern& pattern, const PlayOptions& 
     if (Failed(device)) continue;
     if (!running && !endless) return;
     if (!running) throw ToolError("the controller stopped playing by itself. Was it stopped by another program?");
-    if (options.seconds > 0 && watch.Seconds() >= options.seconds) return;
     double share = 0;
     if (!endless) {
       share = 1 - device.GetSamplesRemaining() / whole;
       if (Failed(device)) continue;
     }
     status.Show(Progress(watch.Seconds(), share, endless));
-  } while (SleepUnlessStopped(kPoll));
+  } while (WaitWithin(options.seconds, watch, kPoll));
 }
 
 void StopPlaying(ZRVDevice& device) {

@@ -1,6 +1,7 @@
 #include "terminal.h"
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <thread>
@@ -34,6 +35,10 @@ bool ErrorsAreTerminal() { return IsTerminal(stderr); }
 void CatchStopSignals() {
   std::signal(SIGINT, OnStopSignal);
   std::signal(SIGTERM, OnStopSignal);
+#ifndef _WIN32
+  std::signal(SIGPIPE, OnStopSignal);
+  if (std::signal(SIGHUP, OnStopSignal) == SIG_IGN) std::signal(SIGHUP, SIG_IGN);  // nohup
+#endif
 }
 
 bool StopRequested() { return stopRequested != 0; }
@@ -45,6 +50,14 @@ bool SleepUnlessStopped(std::chrono::milliseconds time) {
     std::this_thread::sleep_for(std::min<std::chrono::steady_clock::duration>(
         kSlice, end - std::chrono::steady_clock::now()));
   return !StopRequested();
+}
+
+bool WaitWithin(double seconds, const StopWatch& watch, std::chrono::milliseconds interval) {
+  if (seconds <= 0) return SleepUnlessStopped(interval);
+  const double left = std::max(0.0, seconds - watch.Seconds());
+  const double wait = std::min(left, std::chrono::duration<double>(interval).count());
+  return SleepUnlessStopped(std::chrono::milliseconds(static_cast<int>(std::ceil(1000 * wait)))) &&
+         watch.Seconds() < seconds;
 }
 
 void StatusLine::Show(const std::string& text) {

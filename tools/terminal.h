@@ -10,7 +10,8 @@ namespace zrvtool {
 bool OutputIsTerminal();
 bool ErrorsAreTerminal();
 
-// From here on Ctrl-C and SIGTERM only make StopRequested() true, so that loops end in order.
+// From here on Ctrl-C, SIGTERM, a closed terminal and a reader that leaves the pipe only make StopRequested() true,
+// so that loops end in order: a controller would go on playing by itself.
 void CatchStopSignals();
 bool StopRequested();
 
@@ -27,6 +28,10 @@ class StopWatch {
  private:
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
+
+// Sleeps for the interval, or for what is left of so many seconds (0: no limit). False when these are over or a
+// stop was requested.
+bool WaitWithin(double seconds, const StopWatch& watch, std::chrono::milliseconds interval);
 
 // One line on standard error that is written over and over; nothing unless a person watches. Gone when the
 // object is.

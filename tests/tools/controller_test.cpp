@@ -54,7 +54,7 @@ TEST_F(WithSimulator, PlaysSoManyTimesAndStops) {
 }
 
 TEST_F(WithSimulator, CtrlCStopsTheMirrorAndEndsWell) {
-  for (int signal : {SIGINT, SIGTERM}) {
+  for (int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
     Background play({"--port-dir", folder_.Path(), "play", "ttyUSB0", "rose"});
     ASSERT_TRUE(play.WaitFor("playing rose"));
     play.Signal(signal);
@@ -89,6 +89,7 @@ TEST_F(WithSimulator, SavesAndLoadsItsParameters) {
   EXPECT_EQ(load.status, 0) << load.output;
   EXPECT_EQ(Zrv(At() + "get ttyUSB0 SampleRate").output, "12345 samples/s\n");
   EXPECT_EQ(Zrv(At() + "get ttyUSB0 DeviceAxes").output, "AxesFlipY\n");
+  EXPECT_EQ(Zrv(At() + "save ttyUSB0 " + folder_.File("no/such/file")).status, 1);
 }
 
 TEST_F(WithSimulator, ReadsItsInputsAndTracking) {
@@ -101,7 +102,7 @@ TEST_F(WithSimulator, ReadsItsInputsAndTracking) {
   EXPECT_EQ(capture.status, 0) << capture.output;
   EXPECT_EQ(std::count(capture.output.begin(), capture.output.end(), '\n'), 502);  // head, samples, note
   EXPECT_GT(CountPixels(Decoded(plot), IsInk), 100);
-  const Outcome track = Zrv(At() + "track ttyUSB0 --seconds 0.2 --interval 50");
+  const Outcome track = Zrv(At() + "track ttyUSB0 --seconds 0.2 --interval 3600000");  // does not wait for an hour
   EXPECT_EQ(track.status, 0) << track.output;
   EXPECT_EQ(track.output.rfind("time_s,x,y,status,flag\n", 0), 0u) << track.output;
 }
