@@ -41,7 +41,7 @@ cairo_surface_t* MakeSurface(const std::string& fileName, double width, double h
   if (HasEnding(fileName, ".svg")) return cairo_svg_surface_create(fileName.c_str(), width, height);
   if (HasEnding(fileName, ".png"))
     return cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(width), static_cast<int>(height));
-  throw ToolError("cannot make a picture named " + fileName + ": the name must end in .png or .svg");
+  throw WrongUse("cannot make a picture named " + fileName + ": the name must end in .png or .svg");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <numbers>
 
 #include "commands.h"
+#include "data_files.h"
 #include "errors.h"
 #include "filter_choice.h"
 #include "kinds.h"
@@ -104,16 +105,15 @@ void FilterFile(const FilterCommand& command, const FilterChoice& choice) {
   std::vector<std::pair<std::string, std::string>> options = {
       {"file", command.input}, {"filter", command.filter}, {"rate", std::to_string(command.rate)}};
   if (command.zeroPhase) options.push_back({"zero-phase", "1"});
-  Pattern pattern = MakePattern("points", options);
-  ZRVDataGenerator().ExportFile(command.output.c_str(), pattern.x.data(), pattern.y.data(), pattern.m.data(),
-                                static_cast<unsigned int>(pattern.size()), pattern.rate);
+  const Pattern pattern = MakePattern("points", options);
+  WritePattern(command.output, pattern);
   std::printf("%s: %s in %s\n", Describe(choice).c_str(), Describe(pattern).c_str(), command.output.c_str());
 }
 
 void Filter(const FilterCommand& command) {
   const FilterChoice choice = FilterChoiceIn(command.filter);
   if (command.response.empty() && command.output.empty())
-    throw ToolError("nothing to do: give a point file to read and one to write, or --response FILE for a picture");
+    throw WrongUse("nothing to do: give a point file to read and one to write, or --response FILE for a picture");
   if (!command.output.empty()) FilterFile(command, choice);
   if (!command.response.empty()) DrawResponse(command, choice);
 }
@@ -138,7 +138,7 @@ void AddFilterCommand(CLI::App& app) {
       ->type_name("FILE");
   command->callback([options] {
     if (!options->input.empty() && options->output.empty())
-      throw ToolError("name the file to write, too: zrv filter IN OUT --filter ...");
+      throw WrongUse("name the file to write, too: zrv filter IN OUT --filter ...");
     Filter(*options);
   });
 }

@@ -1,9 +1,9 @@
 // zrv generate: a pattern into a file, and a picture of it.
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <fstream>
 
 #include "commands.h"
+#include "data_files.h"
 #include "errors.h"
 #include "pattern_options.h"
 #include "picture.h"
@@ -18,38 +18,6 @@ struct GenerateOptions {
   int size = 900;
 };
 
-bool IsCsv(const std::string& name) { return name.ends_with(".csv") || name.ends_with(".CSV"); }
-
-void WriteCsv(std::ostream& out, const Pattern& p) {
-  out << (p.rgb.empty() ? "time_s,x,y,m\n" : "time_s,x,y,m,rgb\n");
-  char line[120];
-  for (std::size_t i = 0; i < p.size(); ++i) {
-    std::snprintf(line, sizeof line, "%.9g,%.7g,%.7g,%u", static_cast<double>(i) / p.rate,
-                  static_cast<double>(p.x[i]), static_cast<double>(p.y[i]), unsigned{p.m[i]});
-    out << line;
-    if (!p.rgb.empty()) {
-      std::snprintf(line, sizeof line, ",%06X", p.rgb[i]);
-      out << line;
-    }
-    out << '\n';
-  }
-}
-
-void WriteFile(const std::string& name, const Pattern& pattern) {
-  std::ofstream out(name);
-  if (!out) throw ToolError("cannot write " + name + ": check that its folder exists and may be written to");
-  if (IsCsv(name)) {
-    WriteCsv(out, pattern);
-  } else {
-    out.close();
-    Pattern copy = pattern;
-    ZRVDataGenerator().ExportFile(name.c_str(), copy.x.data(), copy.y.data(), copy.m.data(),
-                                  static_cast<unsigned int>(copy.size()), copy.rate);
-    out.open(name, std::ios::app);
-  }
-  if (!out.flush()) throw ToolError("cannot write " + name + ": is the disk full?");
-}
-
 void Preview(const std::string& kind, const GenerateOptions& options, const Pattern& pattern) {
   ScanStyle style;
   style.title = options.title.empty() ? kind : options.title;
@@ -63,8 +31,8 @@ void Preview(const std::string& kind, const GenerateOptions& options, const Patt
 void Generate(const PatternChoice& choice, const GenerateOptions& options) {
   const Pattern pattern = choice.Make();
   if (options.output.empty() && options.preview.empty())
-    throw ToolError("nothing to write to: add -o FILE for the samples, --preview FILE for a picture, or both");
-  if (!options.output.empty()) WriteFile(options.output, pattern);
+    throw WrongUse("nothing to write to: add -o FILE for the samples, --preview FILE for a picture, or both");
+  if (!options.output.empty()) WritePattern(options.output, pattern);
   if (!options.preview.empty()) Preview(choice.kind->name, options, pattern);
   std::printf("%s: %s\n", choice.kind->name, Describe(pattern).c_str());
   if (!options.output.empty()) std::printf("samples in %s\n", options.output.c_str());

@@ -1,12 +1,13 @@
 // zrv save, load.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
-#include <filesystem>
 
 #include "ZRVDevice.h"
 #include "commands.h"
 #include "data_files.h"
 #include "errors.h"
+#include "parameters.h"
 #include "session.h"
 
 namespace zrvtool {
@@ -24,14 +25,22 @@ void Save(const FileCommand& command) {
   device.GetDeviceParams(&params);
   Check(device, "read the parameters");
   device.SaveDeviceParams(command.file.c_str(), &params);
-  if (!std::filesystem::is_regular_file(command.file))
+  if (device.GetLastError() != ErrorNone)
     throw ToolError("cannot write " + command.file + ": check that its folder exists and may be written to");
   std::printf("parameters of %s saved in %s\n", params.DeviceName, command.file.c_str());
+}
+
+bool HoldsParameters(const ZRVDevice& device, const std::string& file) {
+  constexpr float kMissing = -1e9f;
+  return std::any_of(Parameters().begin(), Parameters().end(), [&](const ParameterRow& row) {
+    return device.LoadDeviceParam(file.c_str(), row.name, kMissing) != kMissing;
+  });
 }
 
 void Load(const FileCommand& command) {
   UseDefinitionsFile();
   ZRVDevice device;
+  if (!HoldsParameters(device, command.file)) throw ToolError(command.file + " holds no parameters of a controller");
   Connect(device, command.port);
   ZRVDeviceParams params;
   device.GetDeviceParams(&params);

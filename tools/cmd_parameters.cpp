@@ -45,7 +45,7 @@ void SetOffset(ZRVDevice& device, const ParameterRow& row, float value) {
 
 void Set(const ParameterCommand& command) {
   const ParameterRow& row = FindParameter(command.parameter);
-  if (!row.writable) throw ToolError(command.parameter + " can only be read (ErrorInvalidParam): zrv get");
+  if (!row.writable) throw WrongUse(command.parameter + " can only be read (ErrorInvalidParam): zrv get");
   const float value = ValueOf(row, command.value);
   ZRVDevice device;
   ConnectAndRead(device, command.port);

@@ -32,7 +32,7 @@ sim::AnalogSignal::Shape ShapeIn(const std::string& word) {
                                                   {"mirror-y", Shape::kMirrorY}};
   for (const auto& [name, shape] : shapes)
     if (word == name) return shape;
-  throw ToolError("a signal is dc, sine, noise, mirror-x or mirror-y, then offset, amplitude and frequency, "
+  throw WrongUse("a signal is dc, sine, noise, mirror-x or mirror-y, then offset, amplitude and frequency, "
                   "for instance sine:0:2:50; not " + word);
 }
 

@@ -20,7 +20,7 @@ unsigned int SizeOf(const Pattern& p) { return static_cast<unsigned int>(p.size(
 // "x0,y0,x1,y1,x2,y2,x3,y3" as two columns.
 std::array<std::array<float, 4>, 2> CornersIn(const std::string& text) {
   const std::vector<std::string> words = Split(text, ',');
-  if (words.size() != 8) throw ToolError("--keystone: give eight numbers x0,y0,x1,y1,x2,y2,x3,y3");
+  if (words.size() != 8) throw WrongUse("--keystone: give eight numbers x0,y0,x1,y1,x2,y2,x3,y3");
   std::array<std::array<float, 4>, 2> corners{};
   for (std::size_t i = 0; i < 8; ++i) corners[i % 2][i / 2] = static_cast<float>(ParseNumber(words[i], "--keystone"));
   return corners;

@@ -1,8 +1,10 @@
-// Files that come with the library: the definitions header and the default fonts.
+// Files that come with the library, the definitions header and the default fonts, and files of samples.
 #ifndef ZRV_TOOLS_DATA_FILES_H
 #define ZRV_TOOLS_DATA_FILES_H
 
 #include <string>
+
+#include "pattern.h"
 
 namespace zrvtool {
 
@@ -12,6 +14,9 @@ std::string DefaultFontFile();
 // Tells the library where ZRVDefinitions.h is, for the names in parameter files: the working directory, the
 // installation or the source tree. Throws ToolError when it is nowhere.
 void UseDefinitionsFile();
+
+// Writes the samples as a point file, or as a table when the name ends in .csv. Throws ToolError when it cannot.
+void WritePattern(const std::string& name, const Pattern& pattern);
 
 }  // namespace zrvtool
 

@@ -13,6 +13,12 @@ class ToolError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// The command was called wrongly: no attempt was made.
+class WrongUse : public ToolError {
+ public:
+  using ToolError::ToolError;
+};
+
 }  // namespace zrvtool
 
 #endif

@@ -23,7 +23,7 @@ constexpr Family kFamilies[] = {
 constexpr unsigned int kGeneric = 7;
 
 [[noreturn]] void Refuse(const std::string& text, const std::string& why) {
-  throw ToolError("--filter " + text + ": " + why +
+  throw WrongUse("--filter " + text + ": " + why +
                   ". Give family:order:cutoff in Hz, for instance bessel:5:1000, with one of the families bessel, "
                   "butterworth, chebyshev1, chebyshev2, elliptic, legendre; or file:NAME for a coefficient file");
 }
@@ -63,8 +63,8 @@ std::string Describe(const FilterChoice& choice) {
 void SetUpFilter(ZRVDataGenerator& generator, const FilterChoice& choice, float rate, bool twoChannels) {
   if (choice.type == kGeneric) generator.LoadIIRFilterParams(choice.file.c_str());
   else if (choice.cutoff >= rate / 2)
-    throw ToolError("--filter: the cutoff of " + std::to_string(static_cast<int>(choice.cutoff)) +
-                    " Hz must be below half the sample rate (" + std::to_string(static_cast<int>(rate)) + " per second)");
+    throw WrongUse("--filter: the cutoff of the " + Describe(choice) + " must be below half the sample rate (" +
+                    std::to_string(static_cast<int>(rate)) + " per second)");
   generator.SetupSoftwareFilter(choice.type, choice.order, choice.cutoff, rate, twoChannels);
 }
 

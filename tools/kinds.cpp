@@ -30,7 +30,7 @@ TimeOfDay TimeIn(const std::string& text) {
   const unsigned int limits[3] = {24, 60, 60};
   for (std::size_t i = 0; i < parts.size() && i < 3; ++i) {
     const double value = ParseNumber(parts[i], "--time");
-    if (value < 0 || value >= limits[i]) throw ToolError("--time: " + text + " is not a time of day like 10:08:30");
+    if (value < 0 || value >= limits[i]) throw WrongUse("--time: " + text + " is not a time of day like 10:08:30");
     fields[i] = static_cast<unsigned int>(value);
   }
   return {fields[0], fields[1], fields[2]};

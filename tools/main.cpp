@@ -98,6 +98,6 @@ int main(int argc, char** argv) {
   } catch (const std::exception& e) {
     std::fflush(stdout);
     std::fprintf(stderr, "zrv: %s\n", e.what());
-    return zrvtool::kFailed;
+    return dynamic_cast<const zrvtool::WrongUse*>(&e) ? zrvtool::kWrongUse : zrvtool::kFailed;
   }
 }

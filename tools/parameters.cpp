@@ -136,7 +136,7 @@ const ParameterRow& FindParameter(const std::string& name) {
     if (name == row.name) return row;
     names += (names.empty() ? "" : ", ") + std::string(row.name);
   }
-  throw ToolError("there is no parameter " + name + " (ErrorInvalidParam).\nThe parameters are " + names + ".");
+  throw WrongUse("there is no parameter " + name + " (ErrorInvalidParam).\nThe parameters are " + names + ".");
 }
 
 std::string NameOfValue(const char* type, unsigned int value) {
@@ -151,7 +151,7 @@ float ValueOf(const ParameterRow& row, const std::string& text) {
   for (const NamedValue& v : kNamedValues)
     if (row.type && std::string(v.type) == row.type && text == v.name) return static_cast<float>(v.value);
   if (row.type && (text.empty() || text[0] < '0' || text[0] > '9'))
-    throw ToolError(std::string(row.name) + " cannot be " + text + ". It can be " + NamesOf(row.type) + ".");
+    throw WrongUse(std::string(row.name) + " cannot be " + text + ". It can be " + NamesOf(row.type) + ".");
   return static_cast<float>(ParseNumber(text, row.name));
 }
 

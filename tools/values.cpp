@@ -63,7 +63,7 @@ std::vector<std::string> Split(const std::string& text, char separator) {
 
 double ParseNumber(const std::string& text, const std::string& what) {
   const std::optional<double> value = NumberIn(text);
-  if (!value) throw ToolError(what + ": " + text + " is not a number");
+  if (!value) throw WrongUse(what + ": " + text + " is not a number");
   return *value;
 }
 
@@ -76,7 +76,7 @@ void Values::Declare(const std::vector<OptionRow>& rows) {
 
 void Values::Set(const std::string& name, const std::string& text) {
   const std::string complaint = Complaint(rows_.at(name), text);
-  if (!complaint.empty()) throw ToolError("--" + name + ": " + complaint);
+  if (!complaint.empty()) throw WrongUse("--" + name + ": " + complaint);
   texts_.at(name) = text;
 }
 
@@ -97,7 +97,7 @@ unsigned int Values::Choice(const std::string& name) const {
   const std::vector<std::string> choices = Split(rows_.at(name).choices, '|');
   for (unsigned int i = 0; i < choices.size(); ++i)
     if (choices[i] == Text(name)) return i;
-  throw ToolError("--" + name + ": " + ChoiceComplaint(rows_.at(name), Text(name)));
+  throw WrongUse("--" + name + ": " + ChoiceComplaint(rows_.at(name), Text(name)));
 }
 
 }  // namespace zrvtool

@@ -42,28 +42,31 @@ const Wrong kWrong[] = {
     {"play", 2, "port is required"},
     {"play ttyUSB0 rose --repeat 33", 2, "--repeat"},
     {"goto ttyUSB0 1.5 0", 2, "1.5"},
-    {"set ttyUSB0 Vbais 40", 1, "Vbias"},
-    {"set ttyUSB0 DeviceState 1", 1, "only be read"},
-    {"set ttyUSB0 DeviceAxes AxesUpsideDown", 1, "AxesSwapFlipBoth"},
+    {"set ttyUSB0 Vbais 40", 2, "Vbias"},
+    {"set ttyUSB0 DeviceState 1", 2, "only be read"},
+    {"set ttyUSB0 DeviceAxes AxesUpsideDown", 2, "AxesSwapFlipBoth"},
     {"generate", 2, "subcommand is required"},
-    {"generate rose", 1, "nothing to write"},
+    {"generate rose", 2, "nothing to write"},
     {"generate rose --ring-a 0 -o FOLDER/x", 2, "0 is not in 1 .. 1000"},
     {"generate rose --ring-a 2.5 -o FOLDER/x", 2, "not a whole number"},
     {"generate rose --samples many -o FOLDER/x", 2, "many is not a number"},
     {"generate rose --profile fast -o FOLDER/x", 2, "linear, trapezoidal, optimized"},
-    {"generate rose --keystone 1,2,3 -o FOLDER/x", 1, "eight numbers"},
-    {"generate rose --filter bessel:5 -o FOLDER/x", 1, "family:order:cutoff"},
-    {"generate rose --filter bessel:5:12000 -o FOLDER/x", 1, "half the sample rate"},
+    {"generate rose --keystone 1,2,3 -o FOLDER/x", 2, "eight numbers"},
+    {"generate rose --filter bessel:5 -o FOLDER/x", 2, "family:order:cutoff"},
+    {"generate rose --filter bessel:5:12000 -o FOLDER/x", 2, "half the sample rate"},
     {"generate rose -o FOLDER/no/such/x", 1, "cannot write"},
-    {"generate rose --preview FOLDER/x.bmp", 1, ".png or .svg"},
+    {"generate rose --preview FOLDER/x.bmp", 2, ".png or .svg"},
     {"generate rose --preview FOLDER/no/x.png", 1, "cannot write"},
     {"generate points FOLDER/none -o FOLDER/x", 2, "FOLDER/none"},
     {"generate ilda FOLDER/junk -o FOLDER/x", 1, "not an ILDA drawing"},
     {"generate points FOLDER/junk -o FOLDER/x", 1, "holds no points"},
-    {"generate clock --time 25:00:00 -o FOLDER/x", 1, "not a time of day"},
+    {"generate clock --time 25:00:00 -o FOLDER/x", 2, "not a time of day"},
     {"generate raster --pixels 5000 --lines 1000 -o FOLDER/x", 1, "fewer --pixels"},
     {"info FOLDER/junk", 1, "is no ILDA drawing"},
-    {"filter --filter bessel:5:1000", 1, "nothing to do"},
+    {"filter --filter bessel:5:1000", 2, "nothing to do"},
+    {"filter --filter bessel:5:1e30 --response FOLDER/x.png", 2, "1e+30 Hz must be below"},
+    {"filter FOLDER/points FOLDER/no/x --filter bessel:1:100", 1, "cannot write"},
+    {"load ttyUSB0 FOLDER/junk", 1, "holds no parameters"},
     {"load ttyUSB0 FOLDER/none", 2, "FOLDER/none"},
 };
 
@@ -75,6 +78,7 @@ std::string Replaced(std::string text, const std::string& folder) {
 TEST(CommandLine, MistakesAreExplainedAndFail) {
   const Folder folder;
   WriteText(folder.File("junk"), "no numbers here\n");
+  WriteText(folder.File("points"), "0 0 1\n0.5 0 1\n");
   for (const Wrong& row : kWrong) {
     const Outcome outcome = Zrv(Replaced(row.arguments, folder.Path()));
     EXPECT_EQ(outcome.status, row.status) << row.arguments << "\n" << outcome.output;
