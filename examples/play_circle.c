@@ -10,7 +10,7 @@
 
 #include "ZRVFlatInterface.h"
 
-enum { NumSamples = 1000 };
+enum { NumSamples = 2000 };
 
 /* Reports a failed call; 1 when it failed. */
 static int failed(ZRVDevice* device, const char* what) {

@@ -13,7 +13,7 @@ import math
 import sys
 from ctypes import POINTER, c_bool, c_char, c_char_p, c_float, c_int, c_ubyte, c_uint, c_void_p
 
-NUM_SAMPLES = 1000
+NUM_SAMPLES = 2000
 ERROR_NONE = 0
 PARAM_SAMPLE_RATE = 5
 MAX_DEVICES = 12
