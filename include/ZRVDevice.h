@@ -12,8 +12,9 @@
 // Errors: nothing throws. Each call leaves its outcome in the device's last error, read with
 // GetLastError(). Without a connection calls set ErrorNotConnected and return what their comment says. Any
 // command can end with ErrorSerialComm (written or acknowledged not at all, or too late) or
-// ErrorBadAcknowledge; the link is then resynchronised, and the next call starts clean. Values out of
-// range are clamped silently unless a comment says that they are refused.
+// ErrorBadAcknowledge; the link is then resynchronised, and the next call starts clean
+// (ErrorSerialReset: that failed too). Values out of range are clamped silently unless a comment says that they
+// are refused.
 //
 // Ownership: arrays stay the caller's. Records returned by pointer are made with new and the caller's to
 // delete.

@@ -18,8 +18,8 @@
  *   Errors      Nothing returns an error and nothing throws. Call ZRVGetLastError after each call; the codes
  *               are in ZRVDefinitions.h. Without a connection: ErrorNotConnected. The link may also fail at
  *               any time with ErrorSerialComm, ErrorBadAcknowledge or ErrorDeviceResponse; it is put in order
- *               by itself, and the next call starts clean. Should memory run out within a call, it returns
- *               zeros.
+ *               by itself, and the next call starts clean (ErrorSerialReset: that failed too). Should memory run
+ *               out within a call, it returns zeros.
  *   Arrays      are the caller's, read or filled during the call and never kept. Their sizes are not known
  *               here: each must hold as many elements as the call says.
  *   Records     travel by value and whole, as the plain structs of ZRVDefinitions.h.
@@ -103,7 +103,9 @@ ZRV_API void ZRVSetDeviceParams(ZRVDevice* device, ZRVDeviceParamsStruct params)
  * had here; both are in the record. An unknown one: 1e9 and ErrorInvalidParam. */
 ZRV_API float ZRVGetDeviceParam(ZRVDevice* device, ZRVParam param);
 
-/* Sets one parameter; nothing is sent when it has that value. value2 is Y of ParamOutputOffsets, else unused. */
+/* Sets one parameter; nothing is sent when it has that value already, but for the output offsets and the data
+ * mode, which are sent always. value2 is Y of ParamOutputOffsets, else unused. NaN, and a code that no unsigned
+ * integer holds: ErrorInvalidValue. */
 ZRV_API void ZRVSetDeviceParam(ZRVDevice* device, ZRVParam param, float value1, float value2);
 
 /* Reads a parameter file and applies it at once. Fields that it does not give stay as they are. Enumerations
@@ -134,7 +136,8 @@ ZRV_API void ZRVSaveToFlash(ZRVDevice* device, ZRVFlash what);
 ZRV_API void ZRVSendDataStream(ZRVDevice* device, float* x, float* y, unsigned char* m, unsigned int numSamples,
                                unsigned int delaySamples, bool minimizeJump);
 
-/* Plays the block: repeat times (1..32), or without end when repeat is below 1. wait: returns at the end. */
+/* Plays the block: repeat times (1..32), or without end when repeat is below 1. wait: returns at the end. Without a
+ * connection the last error stays untouched. */
 ZRV_API void ZRVStartDataStream(ZRVDevice* device, int repeat, bool wait);
 
 /* Ends playback and reads back where the output stopped, for the four calls below. */
