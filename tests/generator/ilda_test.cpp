@@ -76,9 +76,7 @@ TEST(Ilda, WhatIsThereIsKeptWhateverTheCountsSay) {
       {"whole", two, 2, 5, 3, 0},
       {"palette in front", afterPalette, 2, 5, 3, 0},
       {"no file at all", {}, 0, 0, 0, 0},
-      {"magic alone", FromText("ILDA"), 0, 0, 0, 0},
       {"wrong magic", wrongMagic, 0, 0, 0, 0},
-      {"palette and nothing else", Section(2, 2, 9, {1, 2, 3}), 0, 0, 0, 0},
       {"second header cut", Bytes(two.begin(), two.begin() + 32 + 24 + 31), 2, 3, 3, 0},
       {"second record cut", Bytes(two.begin(), two.begin() + 32 + 15), 2, 1, 1, 0},
       {"count of the other byte order", swapped, 2, 3 + 6, 9, 0},
@@ -143,7 +141,6 @@ TEST(Ilda, StreamsTheListedFramesClosedAndNormalised) {
     EXPECT_NEAR(s.out.y[i], y[i], 1e-5) << i;
   }
   EXPECT_EQ(Head(s.out.m, 4), (std::vector<int>{255, 255, 0, 255}));
-  EXPECT_EQ(g.IldaKeypointCount(0), 0u);
   EXPECT_EQ(g.IldaKeypointCount(1), 4u);
   EXPECT_EQ(g.IldaKeypointCount(3), 0u);
 
@@ -161,15 +158,6 @@ TEST(Ilda, ColoursTravelWithTheirKeypoints) {
   const Stream s(g, {1, 1}, 0, kUpright, false);
   EXPECT_EQ(Head(s.out.index, 4), (std::vector<unsigned>{0x112233, 0x445566, 0x112233, 0x445566}));
   EXPECT_EQ(Head(s.out.m, 4), (std::vector<int>{255, 0, 255, 0}));
-}
-
-TEST(Ilda, ASinglePointComesOutInTheMiddle) {
-  const TempFile file(Section(1, 1, 1, Words({77, 77, 0})));
-  ZRVDataGenerator g;
-  g.LoadIldaFile(file.Path());
-  const Stream s(g, {1}, 0, kUpright, true);
-  EXPECT_EQ(s.out.x[0], 0.0f);
-  EXPECT_EQ(s.out.y[0], 0.0f);
 }
 
 // What they are closed with must not depend on keypoints being equal to themselves.

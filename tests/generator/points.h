@@ -57,14 +57,11 @@ struct Points {
   }
 };
 
-inline std::vector<float> Head(const std::vector<float>& values, size_t n) {
-  return {values.begin(), values.begin() + static_cast<std::ptrdiff_t>(n)};
-}
-inline std::vector<int> Head(const std::vector<unsigned char>& values, size_t n) {
-  return {values.begin(), values.begin() + static_cast<std::ptrdiff_t>(n)};
-}
-inline std::vector<unsigned int> Head(const std::vector<unsigned int>& values, size_t n) {
-  return {values.begin(), values.begin() + static_cast<std::ptrdiff_t>(n)};
+// The first n; bytes become numbers, which a failure can show.
+template <typename T>
+auto Head(const std::vector<T>& values, size_t n) {
+  using Shown = std::conditional_t<sizeof(T) == 1, int, T>;
+  return std::vector<Shown>(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(n));
 }
 
 // Bits in common use: whole, repeated and straight-on keypoints, blank runs.

