@@ -63,21 +63,6 @@ TEST(InterpolateLinear, TwoKeypointsAndTheClosingSample) {
   EXPECT_TRUE(run.out.UntouchedFrom(101));
 }
 
-// Four drawn sides of length 1 and a blank return of 1: 100 samples at speed 4 leave floor(100/17) = 5 for the
-// return, and 95 for the sides, 23.75 each.
-TEST(InterpolateLinear, BlankSegmentsGoFaster) {
-  const Points path{{0, 0, 9}, {1, 0, 9}, {1, 1, 9}, {0, 1, 9}, {0, 0, 0}, {1, 0, 3}};
-  const Interpolated run(path, 6, 100, {Profile::linear, 4});
-  EXPECT_EQ(run.With(9), 4 * 23);
-  EXPECT_EQ(run.With(0), 5);
-  EXPECT_EQ(run.count, 4u * 23 + 5 + 1);
-  // Fewer samples than blank segments, which get one each all the same; so does a drawn one.
-  const Points blank{{0, 0, 0}, {1, 0, 0}, {0, 0, 0}, {1, 0, 4}, {0, 0, 4}};
-  const Interpolated least(blank, 5, 2, {Profile::linear, 1});
-  EXPECT_EQ(least.With(0), 3);
-  EXPECT_EQ(least.count, 5u);
-}
-
 // n = 10, f = 0.5: five samples speeding up to the middle, five slowing down, none between.
 TEST(InterpolateTrapezoidal, HalfAndHalf) {
   const Interpolated run({{0, 0, 1}, {1, 0, 1}}, 2, 10, {Profile::trapezoidal, 1, 0.5f, 0.5f});
@@ -87,24 +72,6 @@ TEST(InterpolateTrapezoidal, HalfAndHalf) {
   const Interpolated few({{0, 0, 1}, {1, -1, 1}}, 2, 5, {Profile::trapezoidal, 1, 0.5f, 0.5f});
   ASSERT_EQ(few.count, 5u) << "short segments run steadily";
   for (unsigned int i = 0; i < 5; ++i) EXPECT_FLOAT_EQ(few.out.y[i], -static_cast<float>(i) / 5);
-}
-
-// Nominal counts 2.5, 2.5, 5: halves round up, the last segment has what is left (10 - 3 - 3 = 4).
-TEST(InterpolateTrapezoidal, HalvesRoundUpAndTheLastTakesTheRest) {
-  const Points path{{0, 0, 1}, {0.25f, 0, 2}, {0.5f, 0, 3}, {1, 0, 4}};
-  const Interpolated run(path, 4, 10, {Profile::trapezoidal, 1, 0.1f, 0});
-  EXPECT_EQ(run.count, 10u);
-  EXPECT_EQ(run.With(1), 3);
-  EXPECT_EQ(run.With(2), 3);
-  EXPECT_EQ(run.With(3), 4);
-  EXPECT_EQ(run.With(4), 0) << "the last keypoint is not written";
-}
-
-TEST(InterpolateTrapezoidal, SegmentsBelowASampleAreExtra) {
-  const Points path{{0, 0, 1}, {0.001f, 0, 2}, {0.002f, 0, 3}, {1, 0, 4}};
-  const Interpolated run(path, 4, 10, {Profile::trapezoidal, 1, 0.1f, 0});
-  EXPECT_EQ(run.count, 12u);
-  EXPECT_EQ(run.With(3), 10);
 }
 
 // A closed square has corners of 0.5: fractions 0.3 * 0.5 + 0.1 = 0.25 at both ends of its sides. 40 samples give
@@ -135,32 +102,6 @@ TEST(InterpolateOptimized, StraightOnIsNoCorner) {
   EXPECT_NEAR(run.out.x[19], 0.45 + 0.05 * 0.75, 1e-6);
 }
 
-// Far outside the field the product of straight-on vectors comes out a bit above that of their lengths. Weights
-// 1.3, 1.3 and 2 * 1.6 of 5.8.
-TEST(InterpolateOptimized, LargePathsHaveCornersToo) {
-  const Interpolated run({{0, 0, 1}, {30, 10, 2}, {60, 20, 3}, {0, 0, 4}}, 4, 100, {Profile::optimized});
-  EXPECT_EQ(run.With(1), 22);
-  EXPECT_EQ(run.With(2), 22);
-  EXPECT_EQ(run.With(3), 56);
-}
-
-// Drawn out 1 and blank back 1, both ends reversals: weights 1.6 and 2 / 1.75 = 1.142857 of 2.742857.
-TEST(InterpolateOptimized, BlankSegmentsWeighLess) {
-  const Interpolated run({{0, 0, 1}, {1, 0, 0}, {0, 0, 1}}, 3, 96, {Profile::optimized});
-  EXPECT_EQ(run.With(1), 56);
-  EXPECT_EQ(run.With(0), 40);
-}
-
-// Of a total weight of about 2.9 and 100 samples, a segment of 0.0001 has a share far below half a sample, one of
-// 0.02 a share of 0.69.
-TEST(InterpolateOptimized, TinySegmentsVanishShortOnesHaveOne) {
-  const Points path{{0, 0, 1}, {0.0001f, 0, 2}, {0.0201f, 0, 3}, {1, 0, 4}, {0, 0, 5}};
-  const Interpolated run(path, 5, 100, {Profile::optimized});
-  EXPECT_EQ(run.With(1), 0);
-  EXPECT_EQ(run.With(2), 1);
-  EXPECT_EQ(run.count, 100u);
-}
-
 TEST(InterpolateOptimized, MoreKeypointsThanSamplesRaisesTheCount) {
   Random random(3);
   Points path = RandomPath(random, 40);
@@ -170,11 +111,45 @@ TEST(InterpolateOptimized, MoreKeypointsThanSamplesRaisesTheCount) {
   EXPECT_EQ(Interpolated(triangle, 4, 4, {Profile::optimized}).count, 5u);
 }
 
-TEST(InterpolateOptimized, NoLengthGivesAllToTheLastSegment) {
-  const Interpolated run({{1, 1, 1}, {1, 1, 2}, {1, 1, 3}, {1, 1, 4}}, 4, 50, {Profile::optimized});
-  EXPECT_EQ(run.count, 50u);
-  EXPECT_EQ(run.With(3), 50);
-  EXPECT_EQ(run.out.x[49], 1.0f);
+struct CountCase {
+  const char* name;
+  Settings set;
+  unsigned int samples;
+  Points path;
+  unsigned int count;
+  std::vector<int> marks, with;  // how many samples carry each mark
+};
+
+TEST(Interpolation, SamplesOfEachSegment) {
+  constexpr Settings kTrapezoidal = {Profile::trapezoidal, 1, 0.1f, 0};
+  const CountCase kRows[] = {
+      // Four drawn sides and a blank return of 1: at speed 4 floor(100 / 17) = 5 for it, 23.75 for each side.
+      {"blank segments go faster", {Profile::linear, 4}, 100,
+       {{0, 0, 9}, {1, 0, 9}, {1, 1, 9}, {0, 1, 9}, {0, 0, 0}, {1, 0, 3}}, 4 * 23 + 5 + 1, {9, 0}, {4 * 23, 5}},
+      {"one sample a segment at least", {Profile::linear, 1}, 2,
+       {{0, 0, 0}, {1, 0, 0}, {0, 0, 0}, {1, 0, 4}, {0, 0, 4}}, 5, {0}, {3}},
+      // Nominal counts 2.5, 2.5, 5; the last keypoint is not written.
+      {"halves round up and the last takes the rest", kTrapezoidal, 10,
+       {{0, 0, 1}, {0.25f, 0, 2}, {0.5f, 0, 3}, {1, 0, 4}}, 10, {1, 2, 3, 4}, {3, 3, 4, 0}},
+      {"segments below a sample are extra", kTrapezoidal, 10,
+       {{0, 0, 1}, {0.001f, 0, 2}, {0.002f, 0, 3}, {1, 0, 4}}, 12, {1, 2, 3}, {1, 1, 10}},
+      // Drawn out 1 and blank back 1, both ends reversals: weights 1.6 and 2 / 1.75 = 1.142857 of 2.742857.
+      {"blank segments weigh less", {Profile::optimized}, 96, {{0, 0, 1}, {1, 0, 0}, {0, 0, 1}}, 96, {1, 0}, {56, 40}},
+      // Of a total weight of about 2.9, 0.0001 has a share far below half a sample, 0.02 one of 0.69.
+      {"tiny segments vanish, short ones have one", {Profile::optimized}, 100,
+       {{0, 0, 1}, {0.0001f, 0, 2}, {0.0201f, 0, 3}, {1, 0, 4}, {0, 0, 5}}, 100, {1, 2}, {0, 1}},
+      // Far outside the field the product of straight-on vectors comes out a bit above that of their lengths.
+      // Weights 1.3, 1.3 and 2 * 1.6 of 5.8.
+      {"large paths have corners too", {Profile::optimized}, 100,
+       {{0, 0, 1}, {30, 10, 2}, {60, 20, 3}, {0, 0, 4}}, 100, {1, 2, 3}, {22, 22, 56}},
+      {"no length gives all to the last", {Profile::optimized}, 50,
+       {{1, 1, 1}, {1, 1, 2}, {1, 1, 3}, {1, 1, 4}}, 50, {1, 2, 3}, {0, 0, 50}},
+  };
+  for (const auto& row : kRows) {
+    const Interpolated run(row.path, row.path.size(), row.samples, row.set);
+    EXPECT_EQ(run.count, row.count) << row.name;
+    for (size_t i = 0; i < row.marks.size(); ++i) EXPECT_EQ(run.With(row.marks[i]), row.with[i]) << row.name << i;
+  }
 }
 
 struct FrontCase {

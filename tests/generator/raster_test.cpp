@@ -74,7 +74,8 @@ struct Raster {
     const size_t room = planned ? plan.Total() : 0;
     out = Points(room + 8);
     ZRVDataGenerator g;
-    const auto make = a.imaging ? &ZRVDataGenerator::LinearRasterPatternImaging : &ZRVDataGenerator::LinearRasterPattern;
+    const auto make =
+        a.imaging ? &ZRVDataGenerator::LinearRasterPatternImaging : &ZRVDataGenerator::LinearRasterPattern;
     const auto run = [&](float* x, float* y, unsigned char* m, unsigned& rate) {
       return (g.*make)(x, y, m, 0.9f, 0.8f, a.lines, a.pixels, a.duration, a.hold, a.twoWay, a.shift, a.angle, rate,
                        a.minSps, a.maxSps);
@@ -115,13 +116,9 @@ TEST(Raster, OneWayLinesStepAndFlyBack) {
     EXPECT_NEAR(r.out.x[start + turn], at, 1e-6);
     EXPECT_NEAR(r.out.x[start + turn + 119], at, 1e-6);
     EXPECT_NEAR(r.out.y[start], -0.8f, 1e-6);
-    if (n > 0) {
-      EXPECT_NEAR(r.out.x[start], at - 0.3f, 1e-6);  // half a line below itself
-    }
-    if (n < 3) {
-      EXPECT_NEAR(r.out.x[start + line - 1], at + 0.3f, 1e-6);
-    }
-    EXPECT_NEAR(r.out.y[start + line], 0.8f, 1e-6);           // fly-back
+    if (n > 0) { EXPECT_NEAR(r.out.x[start], at - 0.3f, 1e-6) << "half a line below itself"; }
+    if (n < 3) { EXPECT_NEAR(r.out.x[start + line - 1], at + 0.3f, 1e-6); }
+    EXPECT_NEAR(r.out.y[start + line], 0.8f, 1e-6) << "fly-back";
   }
   // The leads meet between last and second sample, at the middle of the sweep.
   const float meeting = (r.out.x[line + 1] + r.out.x[r.count - line - 1]) / 2;
@@ -186,8 +183,9 @@ unsigned Below(std::mt19937& random, unsigned limit) { return static_cast<unsign
 TEST(Raster, EveryShapeFillsExactlyItsRoomWithFinitePositions) {
   std::mt19937 random(7);
   for (int round = 0; round < 400; ++round) {
-    const Ask a = {.lines = Below(random, 6), .pixels = Below(random, 9), .duration = 1e-5f * static_cast<float>(1 + random() % 900),
-                   .hold = random() % 2 == 0, .twoWay = random() % 2 == 0, .imaging = random() % 2 == 0,
+    const Ask a = {.lines = Below(random, 6), .pixels = Below(random, 9),
+                   .duration = 1e-5f * static_cast<float>(1 + random() % 900), .hold = random() % 2 == 0,
+                   .twoWay = random() % 2 == 0, .imaging = random() % 2 == 0,
                    .shift = static_cast<int>(random() % 99) - 50, .minSps = static_cast<int>(random() % 3000),
                    .maxSps = static_cast<int>(random() % 60000)};
     SCOPED_TRACE(testing::Message() << a.lines << " lines, " << a.pixels << " pixels, " << a.duration << " s, max "

@@ -3,14 +3,13 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <limits>
 #include <random>
 
 #include "ZRVDataGenerator.h"
+#include "content_files.h"
 
 namespace {
 
@@ -183,30 +182,20 @@ TEST(SoftwareFilter, SurvivesBadArguments) {
 
 class CoefficientFile : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const auto name = std::string("zrv_") + ::testing::UnitTest::GetInstance()->current_test_info()->name();
-    path_ = (std::filesystem::temp_directory_path() / name).string();
-  }
-  void TearDown() override { std::filesystem::remove(path_); }
-
   void Load(const std::string& bytes) {
-    std::ofstream(path_, std::ios::binary) << bytes;
-    generator_.LoadIIRFilterParams(path_.c_str());
+    const zrv_test::TempFile file(bytes);
+    generator_.LoadIIRFilterParams(file.Path());
   }
 
   static std::string Header(unsigned char order) {
     return {'\x40', '\x9C', 0, 0, static_cast<char>(order), 0, 0, 0};  // 40000 samples a second
   }
-  static std::string Bytes(double value) {  // 1, 2, 0.5, ... have only their upper two bytes set
-    uint64_t word = 0;
-    std::memcpy(&word, &value, 8);
-    std::string bytes;
-    for (int i = 0; i < 8; ++i) bytes += static_cast<char>(word >> (8 * i) & 0xFF);
-    return bytes;
-  }
   static std::string Bytes(const std::vector<double>& values) {
     std::string bytes;
-    for (const double value : values) bytes += Bytes(value);
+    for (const double value : values) {
+      const auto word = std::bit_cast<uint64_t>(value);
+      for (int i = 0; i < 8; ++i) bytes += static_cast<char>(word >> (8 * i) & 0xFF);
+    }
     return bytes;
   }
 
@@ -217,7 +206,6 @@ class CoefficientFile : public ::testing::Test {
   }
 
   ZRVDataGenerator generator_;
-  std::string path_;
 };
 
 const std::vector<float> kUnchanged = {1, 0, 0, 0};
@@ -258,19 +246,18 @@ TEST_F(CoefficientFile, CutFilesChangeNothing) {
     EXPECT_EQ(Impulse(), kUnchanged) << size;
   }
   Load(whole);
-  generator_.LoadIIRFilterParams((path_ + ".missing").c_str());
+  generator_.LoadIIRFilterParams("/no/such/file");
   EXPECT_EQ(generator_.GetIIRFilterOrder() + generator_.GetIIRFilterSps(), 0u);
   EXPECT_EQ(Impulse(), kUnchanged);
 }
 
 TEST_F(CoefficientFile, ImpossibleCoefficientsLeaveNoFilter) {
-  const double kBad[] = {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()};
-  Load(Header(1) + Bytes({0.5, 0.5}) + Bytes({0, 1}));
-  EXPECT_EQ(Impulse(), kUnchanged);
-  for (const double bad : kBad) {
+  for (const double bad : {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
     Load(Header(1) + Bytes({0.5, bad}) + Bytes({1, 0}));
     EXPECT_EQ(Impulse(), kUnchanged);
   }
+  Load(Header(1) + Bytes({0.5, 0.5}) + Bytes({0, 1}));
+  EXPECT_EQ(Impulse(), kUnchanged);
 }
 
 TEST_F(CoefficientFile, AccessorsTellTheLastSetUp) {

@@ -52,25 +52,6 @@ TEST(GeneratorState, ScratchGrowsInStepsAndNeverShrinks) {
   EXPECT_EQ(AllocationsOf([&] { generator.AllocInterpData(500, 0); }), 1u) << "after clearing";
 }
 
-TEST(GeneratorState, AllocatesOnlyTheCorners) {
-  ZRVDataGenerator generator;
-  Random random(1);
-  Points path = RandomPath(random, 1000, 4000), out(30000);
-  generator.AllocInterpData(1000, 0);
-  EXPECT_EQ(0u, AllocationsOf([&] {
-              generator.InterpolateData(path.x.data(), path.y.data(), path.m.data(), out.x.data(), out.y.data(),
-                                        out.m.data(), 1000, 20000, 2, 0.2f, 0.1f);
-              ZRVDataGenerator::CloseCurve(path.x.data(), path.y.data(), path.m.data(), 1000, 5, false);
-              generator.TransformData(path.x.data(), path.y.data(), 1000, 0.5f, 1, 0, 0, true, 0.3f, 0.3f);
-              ZRVDataGenerator::GenerateAnimations(out.x.data(), out.y.data(), out.m.data(), 3, 1000, 20);
-              ZRVDataGenerator::SpirographCurve(out.x.data(), out.y.data(), out.m.data(), 30000, 2, 0, 1, 7, 3, 2);
-            }));
-  EXPECT_EQ(1u, AllocationsOf([&] {
-              generator.InterpolateDataOptimized(path.x.data(), path.y.data(), path.m.data(), out.x.data(),
-                                                 out.y.data(), out.m.data(), 1000, 20000);
-            }));
-}
-
 TEST(GeneratorHelpers, Gcd) {
   const int kRows[][3] = {{12, 18, 6},  {7, 0, 7},    {0, 5, 5},          {0, 0, 0},           {-4, 6, 2},
                           {4, -6, -2}, {-6, -4, -2}, {INT_MIN, -1, -1}, {INT_MIN, 0, INT_MIN}};
