@@ -183,11 +183,15 @@ TEST(RadialTransform, BeyondTheTableAndWithoutIt) {
 
 TEST(TangentialTransform, KeepsTheUnitCircle) {
   for (float strength : {0.1f, 0.5f, 1.0f}) {
-    Cloud cloud{{1, 0, 0.6f, 0, 0.5f}, {0, -1, 0.8f, 0, 0}};
-    EXPECT_EQ(Generator::TangentialTransformData(cloud.x.data(), cloud.y.data(), 5, strength), 5u);
-    cloud.Expect({1, 0, 0.6f, 0}, {0, -1, 0.8f, 0});
-    const double s = strength;
-    EXPECT_NEAR(cloud.x[4], 0.5 * (0.5 * s / std::tan(0.5 * s)) * std::tan(s) / s, 1e-6);
+    const double s = strength, inside = 0.5 * (0.5 * s / std::tan(0.5 * s)) * std::tan(s) / s;
+    const auto repeated = [](const std::vector<float>& five) {  // more than are worked on at once
+      std::vector<float> values;
+      for (int i = 0; i < 200; ++i) values.insert(values.end(), five.begin(), five.end());
+      return values;
+    };
+    Cloud cloud{repeated({1, 0, 0.6f, 0, 0.5f}), repeated({0, -1, 0.8f, 0, 0})};
+    EXPECT_EQ(Generator::TangentialTransformData(cloud.x.data(), cloud.y.data(), 1000, strength), 1000u);
+    cloud.Expect(repeated({1, 0, 0.6f, 0, static_cast<float>(inside)}), repeated({0, -1, 0.8f, 0, 0}));
   }
   Cloud negative{{0.5f}, {0}};
   Generator::TangentialTransformData(negative.x.data(), negative.y.data(), 1, -0.4f);
