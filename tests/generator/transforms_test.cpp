@@ -189,9 +189,9 @@ TEST(TangentialTransform, KeepsTheUnitCircle) {
       for (int i = 0; i < 200; ++i) values.insert(values.end(), five.begin(), five.end());
       return values;
     };
-    Cloud cloud{repeated({1, 0, 0.6f, 0, 0.5f}), repeated({0, -1, 0.8f, 0, 0})};
+    Cloud cloud{repeated({1, 0.5f, 0, 0.6f, 0}), repeated({0, 0, -1, 0.8f, 0})};
     EXPECT_EQ(Generator::TangentialTransformData(cloud.x.data(), cloud.y.data(), 1000, strength), 1000u);
-    cloud.Expect(repeated({1, 0, 0.6f, 0, static_cast<float>(inside)}), repeated({0, -1, 0.8f, 0, 0}));
+    cloud.Expect(repeated({1, static_cast<float>(inside), 0, 0.6f, 0}), repeated({0, 0, -1, 0.8f, 0}));
   }
   Cloud negative{{0.5f}, {0}};
   Generator::TangentialTransformData(negative.x.data(), negative.y.data(), 1, -0.4f);
