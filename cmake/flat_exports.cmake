@@ -1,0 +1,10 @@
+# Keeps of a linker's export listing ALL the functions with plain C names, and writes them to FLAT.
+file(STRINGS ${ALL} lines REGEX "^ +[A-Za-z][A-Za-z0-9_]* @")
+set(names "")
+foreach(line IN LISTS lines)
+  string(REGEX REPLACE "^ +([A-Za-z0-9_]+) @.*" "\\1" name ${line})
+  list(APPEND names ${name})
+endforeach()
+list(SORT names)
+list(JOIN names "\n  " body)
+file(WRITE ${FLAT} "LIBRARY zrv.dll\nEXPORTS\n  ${body}\n")
