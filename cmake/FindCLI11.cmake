@@ -1,0 +1,15 @@
+# Finds CLI11: its own package, or the folder of its headers where a cross build may not see packages of the
+# building machine. Target CLI11::CLI11.
+if(NOT ZRV_CLI11_INCLUDE_DIR)
+  find_package(CLI11 CONFIG QUIET)
+endif()
+if(NOT TARGET CLI11::CLI11)
+  find_path(ZRV_CLI11_INCLUDE_DIR CLI/CLI.hpp)
+  if(ZRV_CLI11_INCLUDE_DIR)
+    add_library(CLI11::CLI11 INTERFACE IMPORTED)
+    target_include_directories(CLI11::CLI11 INTERFACE ${ZRV_CLI11_INCLUDE_DIR})
+    set(CLI11_FOUND TRUE)
+  elseif(CLI11_FIND_REQUIRED)
+    message(FATAL_ERROR "CLI11 not found: install it, set ZRV_CLI11_INCLUDE_DIR, or configure with -DZRV_BUILD_TOOLS=OFF")
+  endif()
+endif()
