@@ -1,4 +1,4 @@
-# zrv.dll as MinGW makes it: beside MinGW's own import library (libzrv.dll.a, the C++ classes too) a listing of
+# zrv.dll as MinGW makes it. Beside MinGW's own import library (libzrv.dll.a, the C++ classes too) a listing of
 # the flat C functions, zrv.def, and zrv.lib made of it, which any compiler's linker takes. C++ names are not
 # in it, because compilers do not agree on them.
 set_target_properties(zrv PROPERTIES PREFIX "")

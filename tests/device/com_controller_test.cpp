@@ -95,7 +95,7 @@ TEST_F(ComController, EveryFormatArrivesAsSent) {
 
 TEST_F(ComController, PlaysACountedNumberOfTimesAndSaysWhenItIsDone) {
   device.ConnectDevice(ports[0].c_str());
-  device.SetSampleRate(10000);
+  device.SetDeviceParam(ParamSampleRate, 10000);
   std::vector<float> x(1000), y(1000);
   std::vector<unsigned char> m(1000);
   device.SendDataStream(x.data(), y.data(), m.data(), 1000, 0, false);
