@@ -30,8 +30,9 @@ class FarEnd {
   std::string path_;
 };
 
-// Wine differs from Windows in two ways that tests see: an empty read in return-at-once mode waits until its
-// time-out instead of completing with 0 bytes, and a port that is open can be opened again.
+// Wine differs from Windows in three ways that tests see: an empty read in return-at-once mode waits until its
+// time-out instead of completing with 0 bytes; a port that is open can be opened again; and the name of a port
+// that was unplugged still opens, though as no serial port.
 bool RunsUnderWine();
 
 }  // namespace zrv::testing

@@ -25,11 +25,11 @@ TEST(VanishingPort, FailsPromptlyAndForGood) {
   EXPECT_NE(port.Write("abc", 3, nullptr, 1000), 0);
   EXPECT_LT(MillisecondsSince(start), 6000);
   EXPECT_EQ(port.Close(), 0);
-  // The name goes a moment after the line does.
+  // Wine keeps the name of a port that is gone, and opens what is no serial port any more.
   const std::string path = PathOfPort(name);
-  while (ZRVSerialIO::Probe(path.c_str()) && MillisecondsSince(start) < 10000) Pause(std::chrono::milliseconds(50));
-  EXPECT_FALSE(ZRVSerialIO::Probe(path.c_str()));
-  EXPECT_EQ(port.Open(path.c_str(), 921600, 0, 0), 2);
+  EXPECT_EQ(port.Open(path.c_str(), 921600, 131072, 131072), RunsUnderWine() ? 4 : 2);
+  EXPECT_EQ(ZRVSerialIO::Probe(path.c_str()), RunsUnderWine());
+  EXPECT_EQ(port.Write("abc", 3, nullptr, 1000), 1);
 }
 
 }  // namespace
