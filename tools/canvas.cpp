@@ -11,6 +11,8 @@
 
 namespace zrvtool {
 
+bool HasPictures() { return true; }
+
 namespace {
 
 bool HasEnding(const std::string& fileName, const char* ending) {

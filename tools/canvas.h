@@ -31,6 +31,9 @@ const Palette& PaletteOf(Theme theme);
 
 enum class Align { Left, Centre, Right };
 
+// Whether this build can draw at all.
+bool HasPictures();
+
 class Canvas {
  public:
   // Width and height in pixels (PNG) or points (SVG). Throws when the ending is neither .png nor .svg.

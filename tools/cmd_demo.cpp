@@ -39,15 +39,17 @@ void DrawPictures(const std::string& sentName, const std::string& drawnName, con
 }
 
 void PrintNextSteps() {
-  const struct {
+  struct Step {
     const char* arguments;
     const char* effect;
-  } kOnTerminals[] = {{"simulate --port-dir /tmp/zrv-ports", "a controller to play with; leave it running"},
-                      {"--port-dir /tmp/zrv-ports list", "in another terminal: find it"},
-                      {"--port-dir /tmp/zrv-ports play auto rose", "and play on it; Ctrl-C stops"}},
-    kElsewhere[] = {{"list", "which controllers are there?"},
-                    {"generate rose --preview rose.png", "a pattern and its picture"},
-                    {"play auto rose", "play on the first controller; Ctrl-C stops"}};
+  };
+  const Step kOnTerminals[] = {{"simulate --port-dir /tmp/zrv-ports", "a controller to play with; leave it running"},
+                               {"--port-dir /tmp/zrv-ports list", "in another terminal: find it"},
+                               {"--port-dir /tmp/zrv-ports play auto rose", "and play on it; Ctrl-C stops"}};
+  const Step kElsewhere[] = {{"list", "which controllers are there?"},
+                             HasPictures() ? Step{"generate rose --preview rose.png", "a pattern and its picture"}
+                                           : Step{"generate rose -o rose.csv", "a pattern as a table"},
+                             {"play auto rose", "play on the first controller; Ctrl-C stops"}};
   std::printf("\nTry next:\n");
   for (const auto& step : kHasPseudoTerminals ? kOnTerminals : kElsewhere) {
     std::printf("  %s %-42s%s\n", ProgramName().c_str(), step.arguments, step.effect);
@@ -85,8 +87,12 @@ void Demo(const DemoOptions& options) {
   const Pattern drawn = PatternOf(controller->Path(), pattern.size());
   device.DisconnectDevice();
   if (drawn.empty()) throw ToolError("the simulated mirror drew nothing");
-  DrawPictures(sentName, drawnName, pattern, drawn);
-  std::printf("\nPictures:\n  %s   what was sent\n  %s  what the mirror drew\n", sentName.c_str(), drawnName.c_str());
+  if (HasPictures()) {
+    DrawPictures(sentName, drawnName, pattern, drawn);
+    std::printf("\nPictures:\n  %s   what was sent\n  %s  what the mirror drew\n", sentName.c_str(), drawnName.c_str());
+  } else {
+    std::printf("The mirror drew %zu points; this build of zrv has no pictures to show them in\n", drawn.size());
+  }
   PrintNextSteps();
 }
 
