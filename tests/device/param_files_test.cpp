@@ -12,28 +12,28 @@ namespace {
 
 constexpr const char* kInTreeHeader = ZRV_SOURCE_DIR "/include/ZRVDefinitions.h";
 
-// The member table of each enumeration, as the header must have it.
 struct Member {
   const char* type;
   const char* name;
   int value;
 };
-#define MEMBER(type, name) {#type, #name, static_cast<int>(name)}
-const Member kMembers[] = {
-    MEMBER(ZRVAxes, AxesNormal),     MEMBER(ZRVAxes, AxesFlipX),
-    MEMBER(ZRVAxes, AxesFlipY),      MEMBER(ZRVAxes, AxesFlipBoth),
-    MEMBER(ZRVAxes, AxesSwap),       MEMBER(ZRVAxes, AxesSwapFlipX),
-    MEMBER(ZRVAxes, AxesSwapFlipY),  MEMBER(ZRVAxes, AxesSwapFlipBoth),
-    MEMBER(ZRVBoot, BootDefaults),   MEMBER(ZRVBoot, BootSavedSettings),
-    MEMBER(ZRVBoot, BootSavedSettingsAndRun),
-    MEMBER(ZRVDataMode, DataModeBuffer), MEMBER(ZRVDataMode, DataMode1),
-    MEMBER(ZRVDataMode, DataMode2),  MEMBER(ZRVDataMode, DataMode3),
-    MEMBER(ZRVDataMode, DataMode4),  MEMBER(ZRVDataMode, DataMode5),
-    MEMBER(ZRVDataMode, DataModeAnalogVolts), MEMBER(ZRVDataMode, DataModeAnalogVoltsRaw),
-    MEMBER(ZRVDataMode, DataModeAnalogNormalized), MEMBER(ZRVDataMode, DataModeOrBEX1),
-    MEMBER(ZRVSync, SyncOff),        MEMBER(ZRVSync, SyncMode1), MEMBER(ZRVSync, SyncMode15),
+
+// Every member of the four enumerations, by value from 0: what stands in saved files may never change.
+const struct {
+  const char* type;
+  std::vector<const char*> names;
+} kEnumerations[] = {
+    {"ZRVAxes",
+     {"AxesNormal", "AxesFlipX", "AxesFlipY", "AxesFlipBoth", "AxesSwap", "AxesSwapFlipX", "AxesSwapFlipY",
+      "AxesSwapFlipBoth"}},
+    {"ZRVBoot", {"BootDefaults", "BootSavedSettings", "BootSavedSettingsAndRun"}},
+    {"ZRVDataMode",
+     {"DataModeBuffer", "DataMode1", "DataMode2", "DataMode3", "DataMode4", "DataMode5", "DataModeAnalogVolts",
+      "DataModeAnalogVoltsRaw", "DataModeAnalogNormalized", "DataModeOrBEX1"}},
+    {"ZRVSync",
+     {"SyncOff", "SyncMode1", "SyncMode2", "SyncMode3", "SyncMode4", "SyncMode5", "SyncMode6", "SyncMode7", "SyncMode8",
+      "SyncMode9", "SyncMode10", "SyncMode11", "SyncMode12", "SyncMode13", "SyncMode14", "SyncMode15"}},
 };
-#undef MEMBER
 
 class ParamFiles : public ::testing::Test {
  protected:
@@ -113,15 +113,17 @@ constexpr const char* kLoaded =
     "BootSetting = BootSavedSettingsAndRun\nDataMode = DataModeAnalogVoltsRaw\nSyncMode = SyncMode15\n";
 
 TEST_F(ParamFiles, EveryMemberGoesToItsNameAndBack) {
-  for (const Member& m : kMembers) {
-    EXPECT_EQ(NameOf(m.type, m.value), m.name);
-    EXPECT_EQ(ValueOf(m.name), static_cast<float>(m.value)) << m.name;
+  for (const auto& [type, names] : kEnumerations) {
+    for (size_t value = 0; value < names.size(); ++value) {
+      EXPECT_EQ(NameOf(type, static_cast<int>(value)), names[value]);
+      EXPECT_EQ(ValueOf(names[value]), static_cast<float>(value)) << names[value];
+    }
+    EXPECT_EQ(NameOf(type, static_cast<int>(names.size())), "");  // does not run on into the next enumeration
   }
   for (const char* type : {"ZRVAxes", "ZRVBoot", "ZRVDataMode", "ZRVSync", "ZRVNothing", ""}) {
     EXPECT_EQ(NameOf(type, 1000), "") << type;
     EXPECT_EQ(NameOf(type, -1), "") << type;
   }
-  EXPECT_EQ(NameOf("ZRVBoot", 3), "");  // does not run on into the next enumeration
   EXPECT_EQ(ValueOf("DataModeNone"), 1e9f);
   EXPECT_EQ(ValueOf("DataMod"), 1e9f);
   EXPECT_EQ(ValueOf(""), 1e9f);
