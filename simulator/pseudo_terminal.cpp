@@ -115,7 +115,8 @@ struct PseudoTerminal::Server {
     int queued = 0;
     if (ioctl(terminal.controllerEnd.get(), FIONREAD, &queued) != 0 || queued <= 0) {
       inputBusy = false;
-      return kChunk;  // the read tells whether the port is open at all
+      input.Idle(now);
+      return input.Batch();  // the read tells whether the port is open at all, and may find what has just come
     }
     if (!std::exchange(inputBusy, true)) input.Idle(now);
     const size_t batch = std::min(static_cast<size_t>(queued), input.Batch());
