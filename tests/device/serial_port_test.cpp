@@ -52,14 +52,14 @@ class SerialPort : public ::testing::Test {
 
   static bool Has(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
 
-  // The circle was drawn: 32 turns of 1000 samples, radius 0.5 about the centre.
+  // The circle was drawn for two seconds: 20 turns of 2000 samples, radius 0.5 about the centre.
   static void ExpectCircle(sim::PseudoTerminal& controller) {
     const auto path = controller.Access([](sim::Controller& c) { return c.DrawnPath(); });
     size_t drawn = 0;
     for (const auto& point : path) drawn += point.m == 255 ? 1 : 0;
-    EXPECT_GE(drawn, 32000u);
+    EXPECT_GE(drawn, 40000u);
     const auto block = controller.Access([](sim::Controller& c) { return c.Block(); });
-    ASSERT_EQ(block.size(), 1000u);
+    ASSERT_EQ(block.size(), 2000u);
     for (const auto& sample : block) EXPECT_NEAR(std::hypot(sample.x, sample.y), 0.5f, 1e-3f);
     EXPECT_FALSE(controller.Access([](sim::Controller& c) { return c.IsPlaying(); }));
   }
