@@ -25,8 +25,9 @@ namespace {
 
 constexpr size_t kChunk = 4096;  // what a pseudo-terminal passes at once
 constexpr double kLongestWait = 60;  // seconds
-// How often to look for a client while nobody has the port open. The controller does not hold it open itself:
-// it would not see a client leave, and the next one would find the answers that the last one did not read.
+// How often to look for a client while nobody has the port open. The controller does not hold it open itself: it
+// would not see a client leave, and would go on answering nobody. What a client left unread in the terminal may still
+// reach the next one, as on a real line; connecting drops it.
 constexpr double kAbsentWait = 0.01;
 
 // Finer than the milliseconds of poll, each of which would slow a line of real speed by a tenth of a kilobyte.
