@@ -175,10 +175,8 @@ struct Budget {
   }
 };
 
-enum class Rounding { floor, none };
-
 // Leaves the lengths of the segments in lengths.
-Budget ShareOut(const Path& path, float* lengths, unsigned int numSamples, float blankSpeed, Rounding rounding) {
+Budget ShareOut(const Path& path, float* lengths, unsigned int numSamples, float blankSpeed) {
   Budget budget;
   unsigned int numBlank = 0;
   for (size_t i = 0; i < path.Segments(); ++i) {
@@ -188,8 +186,7 @@ Budget ShareOut(const Path& path, float* lengths, unsigned int numSamples, float
   }
   const float blank = budget.blankLength = std::max(budget.blankLength, kSmallestTotal);
   const float drawn = budget.drawnLength = std::max(budget.drawnLength, kSmallestTotal);
-  float share = static_cast<float>(numSamples) * blank / (blankSpeed * drawn + blank);
-  if (rounding == Rounding::floor) share = std::floor(share);
+  const float share = static_cast<float>(numSamples) * blank / (blankSpeed * drawn + blank);
   const unsigned int blankSamples = zrv::WholeCount(std::max(static_cast<float>(numBlank), share));
   budget.blankSamples = static_cast<float>(blankSamples);
   budget.drawnSamples = blankSamples < numSamples ? static_cast<float>(numSamples - blankSamples) : 0.0f;
@@ -305,7 +302,7 @@ unsigned int ZRVDataGenerator::InterpolateDataLinear(const float* xIn, const flo
   if (numKeypoints == 0 || !xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
   AllocInterpData(numKeypoints, numSamples);
   const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
-  const Budget budget = ShareOut(path, interpData.get(), numSamples, blankSpeed, Rounding::floor);
+  const Budget budget = ShareOut(path, interpData.get(), numSamples, blankSpeed);
   SegmentWriter writer(path, {xOut, yOut, mOut, nullptr}, numSamples);
   for (size_t i = 0; i < path.Segments(); ++i) {
     writer.Steady(i, std::max(1u, zrv::WholeCount(budget.Nominal(path.Blank(i), interpData[i]))));
@@ -327,7 +324,7 @@ unsigned int ZRVDataGenerator::InterpolateDataTrapezoidal(const float* xIn, cons
   if (numKeypoints < 2 || !xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
   AllocInterpData(numKeypoints, numSamples);
   const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
-  const Budget budget = ShareOut(path, interpData.get(), numSamples, blankSpeed, Rounding::none);
+  const Budget budget = ShareOut(path, interpData.get(), numSamples, blankSpeed);
   Remainder remainder(numSamples, path.Segments());
   SegmentWriter writer(path, {xOut, yOut, mOut, nullptr}, numSamples);
   for (size_t i = 0; i < path.Segments(); ++i) {
