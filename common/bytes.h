@@ -60,11 +60,11 @@ class ByteReader {
 using LittleEndianReader = ByteReader<ByteOrder::little>;
 using BigEndianReader = ByteReader<ByteOrder::big>;
 
-// Puts values into a byte sequence. A write past the end writes nothing and clears ok().
-template <ByteOrder order>
-class ByteWriter {
+// Puts values into a byte sequence, least significant byte first: nothing of ours is written in the other order. A
+// write past the end writes nothing and clears ok().
+class LittleEndianWriter {
  public:
-  explicit ByteWriter(std::span<uint8_t> bytes) : bytes_(bytes) {}
+  explicit LittleEndianWriter(std::span<uint8_t> bytes) : bytes_(bytes) {}
 
   void U8(uint32_t value) { Put(value, 1); }
   void U16(uint32_t value) { Put(value, 2); }
@@ -82,10 +82,7 @@ class ByteWriter {
       ok_ = false;
       return;
     }
-    for (size_t i = 0; i < width; ++i) {
-      const size_t shift = order == ByteOrder::little ? i : width - 1 - i;
-      bytes_[written_ + i] = static_cast<uint8_t>(value >> (8 * shift));
-    }
+    for (size_t i = 0; i < width; ++i) bytes_[written_ + i] = static_cast<uint8_t>(value >> (8 * i));
     written_ += width;
   }
 
@@ -93,9 +90,6 @@ class ByteWriter {
   size_t written_ = 0;
   bool ok_ = true;
 };
-
-using LittleEndianWriter = ByteWriter<ByteOrder::little>;
-using BigEndianWriter = ByteWriter<ByteOrder::big>;
 
 }  // namespace zrv
 
