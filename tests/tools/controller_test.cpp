@@ -15,6 +15,13 @@ class WithSimulator : public testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(simulator_.WaitFor("Ctrl-C ends it")); }
   std::string At() const { return "--port-dir " + folder_.Path() + " "; }
+  // What zrv prints when it succeeds, in which the words are found.
+  std::string Shown(const std::string& command, const std::vector<std::string>& words = {}) const {
+    const auto [status, output] = Zrv(At() + command);
+    EXPECT_EQ(status, 0) << command << "\n" << output;
+    for (const std::string& word : words) EXPECT_NE(output.find(word), std::string::npos) << word << output;
+    return output;
+  }
 
   Folder folder_;
   Background simulator_{{"simulate", "--port-dir", folder_.Path(), "--name", "Bench 7", "--format", "3", "--picture",
@@ -22,32 +29,21 @@ class WithSimulator : public testing::Test {
 };
 
 TEST_F(WithSimulator, IsListedDescribedAndSetUp) {
-  const Outcome list = Zrv(At() + "list");
-  EXPECT_EQ(list.status, 0);
-  EXPECT_NE(list.output.find("ttyUSB0"), std::string::npos) << list.output;
-  EXPECT_NE(list.output.find("Bench 7"), std::string::npos) << list.output;
-
-  const Outcome info = Zrv(At() + "info ttyUSB0");
-  EXPECT_NE(info.output.find("Bench 7"), std::string::npos) << info.output;
-  EXPECT_NE(info.output.find("output format 3"), std::string::npos) << info.output;
-
+  Shown("list", {"ttyUSB0", "Bench 7"});
+  Shown("info ttyUSB0", {"Bench 7", "output format 3"});
   EXPECT_EQ(Zrv(At() + "set ttyUSB0 SampleRate 34567").output, "SampleRate is now 34567 samples/s\n");
   EXPECT_EQ(Zrv(At() + "get ttyUSB0 SampleRate").output, "34567 samples/s\n");
   EXPECT_EQ(Zrv(At() + "set auto DeviceAxes AxesSwap").output, "DeviceAxes is now AxesSwap\n");
-  EXPECT_NE(Zrv(At() + "get auto").output.find("AxesSwap"), std::string::npos);
+  Shown("get auto", {"AxesSwap"});
 }
 
 TEST_F(WithSimulator, PlaysSoManyTimesAndStops) {
-  const Outcome play = Zrv(At() + "play ttyUSB0 rose --samples 1000 --rate 20000 --repeat 4");
-  EXPECT_EQ(play.status, 0);
-  EXPECT_NE(play.output.find("playing rose: 1000 samples"), std::string::npos) << play.output;
-  EXPECT_NE(play.output.find("stopped"), std::string::npos) << play.output;
+  Shown("play ttyUSB0 rose --samples 1000 --rate 20000 --repeat 4", {"playing rose: 1000 samples", "stopped"});
   EXPECT_EQ(Zrv(At() + "goto ttyUSB0 0.5 -0.25").output, "the mirror holds x 0.5, y -0.25\n");
-  EXPECT_EQ(Zrv(At() + "play ttyUSB0 lissajous --seconds 0.3").status, 0);
+  Shown("play ttyUSB0 lissajous --seconds 0.3");
   EXPECT_EQ(Zrv(At() + "play ttyUSB0 sine --samples 30000").status, 1);  // more than it holds
-  const Outcome left = Zrv(At() + "play ttyUSB0 rose --detach");
-  EXPECT_NE(left.output.find("zrv stop ttyUSB0"), std::string::npos) << left.output;
-  EXPECT_EQ(Zrv(At() + "stop ttyUSB0").status, 0);
+  Shown("play ttyUSB0 rose --detach", {"zrv stop ttyUSB0"});
+  Shown("stop ttyUSB0");
   simulator_.Signal(SIGTERM);
   EXPECT_EQ(simulator_.Finish(10).status, 0);
   EXPECT_GT(CountPixels(Decoded(folder_.File("drawn.png")), IsMirrorInk), 100);
@@ -61,7 +57,7 @@ TEST_F(WithSimulator, CtrlCStopsTheMirrorAndEndsWell) {
     const Outcome outcome = play.Finish(10);
     EXPECT_EQ(outcome.status, 0) << outcome.output;
     EXPECT_NE(outcome.output.find("stopped"), std::string::npos) << outcome.output;
-    EXPECT_NE(Zrv(At() + "info ttyUSB0").output.find("Laser modulation       off"), std::string::npos);
+    Shown("info ttyUSB0", {"Laser modulation       off"});
   }
 }
 
@@ -79,32 +75,27 @@ TEST_F(WithSimulator, PulledAwayWhilePlayingSaysSoAtOnce) {
 
 TEST_F(WithSimulator, SavesAndLoadsItsParameters) {
   const std::string file = folder_.File("params.ini");
-  ASSERT_EQ(Zrv(At() + "set ttyUSB0 SampleRate 12345").status, 0);
-  ASSERT_EQ(Zrv(At() + "set ttyUSB0 DeviceAxes AxesFlipY").status, 0);
-  ASSERT_EQ(Zrv(At() + "save ttyUSB0 " + file).status, 0);
+  Shown("set ttyUSB0 SampleRate 12345");
+  Shown("set ttyUSB0 DeviceAxes AxesFlipY");
+  Shown("save ttyUSB0 " + file);
   EXPECT_NE(ReadText(file).find("DeviceAxes = AxesFlipY\n"), std::string::npos) << ReadText(file);
-  ASSERT_EQ(Zrv(At() + "set ttyUSB0 SampleRate 20000").status, 0);
-  ASSERT_EQ(Zrv(At() + "set ttyUSB0 DeviceAxes AxesNormal").status, 0);
-  const Outcome load = Zrv(At() + "load ttyUSB0 " + file);
-  EXPECT_EQ(load.status, 0) << load.output;
+  Shown("set ttyUSB0 SampleRate 20000");
+  Shown("set ttyUSB0 DeviceAxes AxesNormal");
+  Shown("load ttyUSB0 " + file);
   EXPECT_EQ(Zrv(At() + "get ttyUSB0 SampleRate").output, "12345 samples/s\n");
   EXPECT_EQ(Zrv(At() + "get ttyUSB0 DeviceAxes").output, "AxesFlipY\n");
   EXPECT_EQ(Zrv(At() + "save ttyUSB0 " + folder_.File("no/such/file")).status, 1);
 }
 
 TEST_F(WithSimulator, ReadsItsInputsAndTracking) {
-  const Outcome live = Zrv(At() + "analog ttyUSB0 --seconds 0.3 --interval 50");
-  EXPECT_EQ(live.status, 0) << live.output;
-  EXPECT_EQ(live.output.rfind("time_s,ai0_v,ai1_v,detector\n0.0", 0), 0u) << live.output;
-  EXPECT_NE(live.output.find(",0.5"), std::string::npos) << live.output;  // the detector's level
+  const std::string live = Shown("analog ttyUSB0 --seconds 0.3 --interval 50", {",0.5"});  // detector
+  EXPECT_EQ(live.rfind("time_s,ai0_v,ai1_v,detector\n0.0", 0), 0u) << live;
   const std::string plot = folder_.File("inputs.png");
-  const Outcome capture = Zrv(At() + "analog ttyUSB0 --capture 500 --plot " + plot);
-  EXPECT_EQ(capture.status, 0) << capture.output;
-  EXPECT_EQ(std::count(capture.output.begin(), capture.output.end(), '\n'), 502);  // head, samples, note
+  const std::string capture = Shown("analog ttyUSB0 --capture 500 --plot " + plot);
+  EXPECT_EQ(std::count(capture.begin(), capture.end(), '\n'), 502);  // head, samples, note
   EXPECT_GT(CountPixels(Decoded(plot), IsInk), 100);
-  const Outcome track = Zrv(At() + "track ttyUSB0 --seconds 0.2 --interval 3600000");  // does not wait for an hour
-  EXPECT_EQ(track.status, 0) << track.output;
-  EXPECT_EQ(track.output.rfind("time_s,x,y,status,flag\n", 0), 0u) << track.output;
+  const std::string track = Shown("track ttyUSB0 --seconds 0.2 --interval 3600000");  // does not wait for an hour
+  EXPECT_EQ(track.rfind("time_s,x,y,status,flag\n", 0), 0u) << track;
 }
 
 TEST(Demo, ShowsWhatWasSentAndDrawn) {

@@ -16,17 +16,13 @@ namespace {
 // Lit from left to right at y = 0.5, dark down the right side, lit back to the middle at y = -0.5.
 Pattern TwoLines() {
   Pattern p;
-  const auto line = [&](float x0, float y0, float x1, float y1, unsigned char m) {
-    for (int i = 0; i < 50; ++i) {
-      const float t = static_cast<float>(i) / 50;
-      p.x.push_back(x0 + t * (x1 - x0));
-      p.y.push_back(y0 + t * (y1 - y0));
-      p.m.push_back(m);
-    }
-  };
-  line(-0.8f, 0.5f, 0.8f, 0.5f, 255);
-  line(0.8f, 0.5f, 0.8f, -0.5f, 0);
-  line(0.8f, -0.5f, 0, -0.5f, 255);
+  p.resize(150);
+  for (std::size_t i = 0; i < 150; ++i) {
+    const float t = static_cast<float>(i % 50) / 50;
+    p.x[i] = i < 50 ? -0.8f + 1.6f * t : i < 100 ? 0.8f : 0.8f - 0.8f * t;
+    p.y[i] = i < 50 ? 0.5f : i < 100 ? 0.5f - t : -0.5f;
+    p.m[i] = i < 50 || i >= 100 ? 255 : 0;
+  }
   return p;
 }
 
@@ -75,7 +71,8 @@ TEST(ScanPicture, OddPatternsAreDrawnWithoutHarm) {
   odd.y = {0, -INFINITY, -1e30f, NAN};
   odd.m = {255, 0, 255, 255};
   EXPECT_NO_THROW(DrawScan(folder.File("o.png"), odd, {}));
-  EXPECT_NO_THROW(DrawPlots(folder.File("p.png"), {{"t", "x", "y", {0, 1, NAN}, {{"s", {NAN, INFINITY, 0}}}}}, "", 1));
+  const Plot wild = {"t", "x", "y", {0, 1, NAN}, {{"s", {NAN, INFINITY, 0}}}};
+  EXPECT_NO_THROW(DrawPlots(folder.File("p.png"), {wild}, "", 1));
   EXPECT_NO_THROW(DrawPlots(folder.File("q.svg"), {{"t", "x", "y", {1, 1}, {{"s", {2, 2}}}, true}}, "", 1));
   EXPECT_NE(ReadText(folder.File("q.svg")).find("<svg"), std::string::npos);
 }
@@ -110,10 +107,10 @@ std::string JpegOf(int width, int height, unsigned char grey) {
 TEST(ImageFile, PngAndJpegAreRead) {
   const Folder folder;
   WriteText(folder.File("a.jpg"), JpegOf(20, 10, 77));
-  const Image jpeg = LoadImage(folder.File("a.jpg"));
+  const DecodedPicture jpeg = Decoded(folder.File("a.jpg"));
   EXPECT_EQ(jpeg.width, 20);
   EXPECT_EQ(jpeg.height, 10);
-  EXPECT_NEAR(jpeg.bgr[0], 77, 2);
+  EXPECT_NEAR(jpeg.Blue(0, 0), 77, 2);
 
   Canvas canvas(folder.File("a.png"), 30, 20);
   canvas.Fill({0, 0, 30, 20}, Rgb(0x102030));
@@ -127,29 +124,22 @@ TEST(ImageFile, PngAndJpegAreRead) {
 
 TEST(ImageFile, DamagedFilesAreRefusedOrReadNeverWorse) {
   const Folder folder;
-  WriteText(folder.File("a.jpg"), JpegOf(64, 64, 120));
-  Canvas canvas(folder.File("a.png"), 64, 64);
-  canvas.Save();
-  const std::string bad = folder.File("bad");
-  const auto attempt = [&](const std::string& bytes) {
-    WriteText(bad, bytes);
-    try {
-      LoadImage(bad);
-    } catch (const ToolError&) {
-    }
-  };
-  for (const char* name : {"a.jpg", "a.png"}) {
-    const std::string good = ReadText(folder.File(name));
-    for (std::size_t cut = 0; cut < good.size(); cut += 1 + cut / 16) attempt(good.substr(0, cut));
+  const std::string png = folder.File("a.png"), bad = folder.File("bad");
+  Canvas(png, 64, 64).Save();
+  for (const std::string& good : {JpegOf(64, 64, 120), ReadText(png)}) {
     for (std::size_t at = 0; at < good.size(); at += 1 + at / 16) {
       std::string flipped = good;
       flipped[at] = static_cast<char>(flipped[at] ^ 0x81);
-      attempt(flipped);
+      for (const std::string& bytes : {good.substr(0, at), flipped}) {
+        WriteText(bad, bytes);
+        try {
+          LoadImage(bad);
+        } catch (const ToolError&) {
+        }
+      }
     }
   }
-  std::string huge = ReadText(folder.File("a.png"));
-  huge.replace(16, 8, "\x7F\xFF\xFF\xFF\x7F\xFF\xFF\xFF", 8);
-  WriteText(bad, huge);
+  WriteText(bad, ReadText(png).replace(16, 8, "\x7F\xFF\xFF\xFF\x7F\xFF\xFF\xFF", 8));  // huge
   EXPECT_THROW(LoadImage(bad), ToolError);
   EXPECT_THROW(LoadImage(folder.Path()), ToolError);
 }

@@ -8,9 +8,9 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <stdexcept>
 
 namespace zrvtool::test {
@@ -23,14 +23,8 @@ double Now() {
 }  // namespace
 
 Outcome Zrv(const std::string& arguments) {
-  Outcome outcome;
-  std::FILE* pipe = popen((std::string(ZRV_TOOL_FILE) + " " + arguments + " 2>&1").c_str(), "r");
-  if (!pipe) throw std::runtime_error("popen");
-  char buffer[4096];
-  for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) outcome.output.append(buffer, n);
-  const int status = pclose(pipe);
-  if (WIFEXITED(status)) outcome.status = WEXITSTATUS(status);
-  return outcome;
+  std::istringstream words(arguments);
+  return Background({std::istream_iterator<std::string>(words), {}}).Finish(120);
 }
 
 Background::Background(const std::vector<std::string>& arguments) {

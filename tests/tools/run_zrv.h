@@ -15,7 +15,7 @@ struct Outcome {
   std::string output;  // standard output and errors together
 };
 
-// zrv with these arguments, through the shell.
+// zrv with these arguments, separated by spaces.
 Outcome Zrv(const std::string& arguments);
 
 // zrv running beside the test; killed with the object.
