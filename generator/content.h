@@ -7,6 +7,7 @@
 #include "generator/hershey_font.h"
 #include "generator/ilda_file.h"
 #include "generator/point_file.h"
+#include "generator/scan_assembly.h"
 
 namespace zrv {
 
@@ -16,6 +17,7 @@ struct GeneratorContent {
   HersheyFont font;
   PointFile pointFile, pointTimeFile;
   unsigned pointFileSize = 0;  // of the file loaded last, of either kind
+  ScanScratch scratch;         // of the composite generators
 };
 
 }  // namespace zrv

@@ -51,6 +51,74 @@ class ZRV_API ZRVDataGenerator {
   ZRVDataGenerator(const ZRVDataGenerator&) = delete;
   ZRVDataGenerator& operator=(const ZRVDataGenerator&) = delete;
 
+  // --- Composite generators -------------------------------------------------------------------------
+  //
+  // Settings in, finished samples out: what most programs call.
+  //
+  //   ZRVScanSettings scan;                          // 20000 samples per second, 20 frames per second
+  //   scan.ArrayCapacity = 50000;
+  //   ZRVTextSettings text;
+  //   text.Text = "Hello";
+  //   generator.GenerateTextData(x, y, m, scan, text, numSamples, numFrames);
+  //
+  // In this order: keypoints or samples, cleaned (OptimizeKeypoints) and closed, transformed (TransformData),
+  // interpolated, animated (GenerateAnimations) and filtered (FilterData, when scan.Filter says so).
+  //
+  //   x, y, m         scan.ArrayCapacity elements each. Null, all three: nothing is written, and the counts are
+  //                   those of a call with arrays
+  //   numSamples      of all frames together
+  //   numFrames       frames, numSamples / numFrames samples each; those of an imported drawing may differ by a few
+  //   sampleRate      to play them at, from those that choose their own rate
+  //
+  // Arrays too small, more than 16777216 samples, settings that give no samples, a file or font that is not there:
+  // the counts and the rate are 0 and nothing is written. The work is done in scratch that the object keeps for
+  // the next call.
+
+  // Samples that the arrays must hold for these settings; never too small. For rasters and signals, and to the
+  // last sample, ask the generator itself with null arrays.
+  //   numKeypoints    of text (HersheyDataSize) or of the largest imported frame (IldaNumMaxPoints); 0: none, or a
+  //                   clock with hands
+  //   numFrames       of an imported drawing; 0: those of the animation
+  static unsigned int CurvesDataSize(const ZRVScanSettings& scan, unsigned int numKeypoints = 0,
+                                     unsigned int numFrames = 0);
+
+  void GenerateWaveformData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
+                            const ZRVWaveformSettings& waveform, unsigned int& numSamples, unsigned int& numFrames);
+  void GenerateSpirographData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
+                              const ZRVSpirographSettings& spirograph, unsigned int& numSamples,
+                              unsigned int& numFrames);
+  void GenerateLissajousData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
+                             const ZRVLissajousSettings& lissajous, unsigned int& numSamples,
+                             unsigned int& numFrames);
+
+  // Digits and text need a font: LoadHersheyFile.
+  void GenerateClockData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
+                         const ZRVClockSettings& clock, unsigned int& numSamples, unsigned int& numFrames);
+  void GenerateTextData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
+                        const ZRVTextSettings& text, unsigned int& numSamples, unsigned int& numFrames);
+
+  // One period of RQWaveform; as many samples as its frequency gives.
+  void GenerateSignalData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
+                          const ZRVSignalSettings& signal, unsigned int& numSamples, unsigned int& numFrames,
+                          unsigned int& sampleRate);
+
+  // A file of any of three kinds. Loads it, as the Load calls do, in place of what was loaded.
+  //   drawing         each frame takes SampleRate / RefreshRate samples, the dark way to the next one included.
+  //                   Frames that are not there are skipped. Several frames are an animation by themselves:
+  //                   scan.Animation is for a single one
+  //   points          as they are, at the file's rate or else scan.SampleRate; or as keypoints
+  //   point times     as PointToPointPattern moves between them, at the file's rate or else one that it chooses
+  //   rgb             null, or a colour 0xRRGGBB a sample, scan.ArrayCapacity of them: the drawing's, or white where
+  //                   it has none; black where m is 0
+  void GenerateImportFileData(float* x, float* y, unsigned char* m, unsigned int* rgb, const ZRVScanSettings& scan,
+                              const ZRVImportSettings& file, unsigned int& numSamples, unsigned int& numFrames,
+                              unsigned int& sampleRate);
+
+  // Rasters and point to point, at a rate of their own choice between scan.SampleRateMin and SampleRateMax.
+  void GenerateScanData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
+                        const ZRVPatternSettings& pattern, unsigned int& numSamples, unsigned int& numFrames,
+                        unsigned int& sampleRate);
+
   // --- Waveforms ----------------------------------------------------------------------------------
   //
   // One value a sample, no interpolation needed. With y null the signal goes to x and m is not touched;

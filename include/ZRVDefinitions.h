@@ -124,6 +124,70 @@ typedef enum ZRVFlash ZRV_ENUM_BASE {
   FlashSettingsAndData = 1
 } ZRVFlash;
 
+/* Kinds of the composite generators and what they share. */
+typedef enum ZRVWaveform ZRV_ENUM_BASE {
+  WaveformSine = 0,
+  WaveformSawtooth = 1, /* rising for Portion of a period: a triangle at 0.5 */
+  WaveformSquare = 2,   /* low for Portion of a period */
+  WaveformNoise = 3
+} ZRVWaveform;
+
+/* Where the signal of a waveform goes. */
+typedef enum ZRVWaveformAxes ZRV_ENUM_BASE {
+  SignalOverTime = 0, /* X runs from left to right, Y is the signal */
+  SignalOnX = 1,      /* Y rests at 0 */
+  SignalOnY = 2       /* X rests at 0 */
+} ZRVWaveformAxes;
+
+typedef enum ZRVCurve ZRV_ENUM_BASE {
+  CurveRose = 0,
+  CurveEpicycloid = 1,
+  CurveEpitrochoid = 2,
+  CurveHypocycloid = 3,
+  CurveHypotrochoid = 4
+} ZRVCurve;
+
+/* What the modulation of a Lissajous figure changes. */
+typedef enum ZRVModulation ZRV_ENUM_BASE {
+  ModulateNothing = 0,
+  ModulateAmplitude = 1,
+  ModulatePhase = 2
+} ZRVModulation;
+
+typedef enum ZRVImportFormat ZRV_ENUM_BASE {
+  ImportByContent = 0,  /* a drawing, else a point-time file, else a point file */
+  ImportIlda = 1,       /* ILDA Image Data Transfer Format */
+  ImportPoints = 2,     /* lines of x y m, a sample each */
+  ImportPointTimes = 3  /* lines of x y m t: dwell at each point for t milliseconds */
+} ZRVImportFormat;
+
+typedef enum ZRVScanPattern ZRV_ENUM_BASE {
+  ScanRaster = 0,        /* as LinearRasterPattern */
+  ScanImagingRaster = 1, /* as LinearRasterPatternImaging */
+  ScanPointToPoint = 2   /* as PointToPointPattern */
+} ZRVScanPattern;
+
+/* Speed along the lines between keypoints. */
+typedef enum ZRVProfile ZRV_ENUM_BASE {
+  ProfileLinear = 0,      /* constant */
+  ProfileTrapezoidal = 1, /* speeds up and slows down on every line */
+  ProfileOptimized = 2    /* as the corners demand */
+} ZRVProfile;
+
+/* How a path returns to its start. */
+typedef enum ZRVClosing ZRV_ENUM_BASE {
+  ClosingLeftOut = 0, /* it does not: the mirror jumps */
+  ClosingBlank = 1,   /* straight and dark */
+  ClosingRetrace = 2  /* the same way back */
+} ZRVClosing;
+
+typedef enum ZRVAnimation ZRV_ENUM_BASE {
+  AnimateNothing = 0,
+  AnimateRotate = 1, /* once around, clockwise */
+  AnimateScroll = 2, /* from left to right through the field */
+  AnimateBounce = 3  /* starting upward */
+} ZRVAnimation;
+
 /* The controller's configuration. */
 typedef struct ZRVDeviceParamsStruct {
   unsigned char ParamsValid;         /* 1 when the last identification arrived whole */
@@ -202,6 +266,137 @@ typedef struct ZRVTrackStatus {
   float Y;
   unsigned int StatusValue; /* answer byte 4 */
 } ZRVTrackStatus;
+
+/* ---- Settings of the composite generators (ZRVDataGenerator::Generate...Data) ----
+ *
+ * In C++ a new record has the values given here; in C the ZRVInit... functions of ZRVFlatInterface.h put them
+ * in. Angles are in radians. An enumeration value that is not listed: the generator writes nothing.
+ */
+#ifdef __cplusplus
+#define ZRV_DEFAULT(value) = value
+#else
+#define ZRV_DEFAULT(value)
+#endif
+
+/* What all of them share. */
+typedef struct ZRVScanSettings {
+  unsigned int ArrayCapacity ZRV_DEFAULT(0);      /* elements of each array that is to be filled */
+  unsigned int SampleRate ZRV_DEFAULT(20000);     /* samples per second */
+  float RefreshRate ZRV_DEFAULT(20.0f);           /* frames per second: a frame has SampleRate / RefreshRate
+                                                     samples, rounded down. No part in scans and signals, which
+                                                     make their own time */
+  ZRVAnimation Animation ZRV_DEFAULT(AnimateNothing);
+  float AnimationDuration ZRV_DEFAULT(1.0f);      /* seconds: RefreshRate * AnimationDuration frames, rounded, at
+                                                     least 1 */
+  float Scale ZRV_DEFAULT(1.0f);                  /* about the centre of the figure */
+  float Angle ZRV_DEFAULT(0.0f);                  /* clockwise, about the centre of the figure */
+  float OffsetX ZRV_DEFAULT(0.0f);
+  float OffsetY ZRV_DEFAULT(0.0f);
+  bool Projective ZRV_DEFAULT(false);             /* by the matrix of InitProjectiveTransformMatrix */
+  float Tangential ZRV_DEFAULT(0.0f);             /* strength of the tangential distortion */
+  float Radial ZRV_DEFAULT(0.0f);                 /* strength of the radial distortion */
+  ZRVProfile Profile ZRV_DEFAULT(ProfileOptimized);
+  float BlankSpeed ZRV_DEFAULT(2.0f);             /* linear, trapezoidal: dark lines are so many times faster, 1..10 */
+  float DrawAccel ZRV_DEFAULT(0.1f);              /* trapezoidal: part of a drawn line spent speeding up, 0..0.5 */
+  float BlankAccel ZRV_DEFAULT(0.25f);            /* trapezoidal: the same of a dark line */
+  unsigned int KeypointBudget ZRV_DEFAULT(0);     /* keypoints a frame above which gentle bends are thinned; 0: as
+                                                     many as there are */
+  ZRVClosing Closing ZRV_DEFAULT(ClosingBlank);   /* of open paths: keypoints, waveforms over time */
+  bool Filter ZRV_DEFAULT(false);                 /* by SetupSoftwareFilter, for two channels */
+  bool FilterZeroPhase ZRV_DEFAULT(false);
+  unsigned int SampleRateMin ZRV_DEFAULT(200);    /* limits for those that choose their own rate: */
+  unsigned int SampleRateMax ZRV_DEFAULT(100000); /* the controller's, from its parameter record */
+} ZRVScanSettings;
+
+typedef struct ZRVWaveformSettings {
+  ZRVWaveform Waveform ZRV_DEFAULT(WaveformSine);
+  ZRVWaveformAxes Axes ZRV_DEFAULT(SignalOverTime);
+  float Amplitude ZRV_DEFAULT(0.9f);      /* peak value */
+  unsigned int Cycles ZRV_DEFAULT(3);     /* periods a frame */
+  float Phase ZRV_DEFAULT(0.0f);
+  float Portion ZRV_DEFAULT(0.5f);        /* of a period, 0..1: rising (sawtooth), low (square) */
+} ZRVWaveformSettings;
+
+typedef struct ZRVSpirographSettings {
+  ZRVCurve Curve ZRV_DEFAULT(CurveHypotrochoid);
+  bool TriangleWave ZRV_DEFAULT(false);   /* in place of sine and cosine */
+  float Amplitude ZRV_DEFAULT(0.9f);      /* radius of the farthest point */
+  int RingA ZRV_DEFAULT(10);              /* fixed ring, at least 1 (rose: petals = RingA / RingB) */
+  int RingB ZRV_DEFAULT(3);               /* rolling ring, at least 1 */
+  int PenDistance ZRV_DEFAULT(5);         /* of the pen from the rolling ring's centre, for the trochoids */
+} ZRVSpirographSettings;
+
+typedef struct ZRVLissajousSettings {
+  bool TriangleWave ZRV_DEFAULT(false);   /* in place of the sine */
+  float Amplitude ZRV_DEFAULT(0.9f);
+  unsigned int FreqX ZRV_DEFAULT(3);      /* periods a frame */
+  unsigned int FreqY ZRV_DEFAULT(4);
+  float Phase ZRV_DEFAULT(1.5707964f);    /* of Y */
+  ZRVModulation Modulation ZRV_DEFAULT(ModulateNothing);
+  float ModDepth ZRV_DEFAULT(0.5f);       /* radians for the phase */
+  unsigned int ModFreq ZRV_DEFAULT(1);    /* periods a frame */
+  float ModPhase ZRV_DEFAULT(0.0f);       /* on Y */
+} ZRVLissajousSettings;
+
+typedef struct ZRVClockSettings {
+  bool Digital ZRV_DEFAULT(false);        /* digits in a font that LoadHersheyFile loaded, else hands */
+  unsigned int Hours ZRV_DEFAULT(10);
+  unsigned int Minutes ZRV_DEFAULT(8);
+  unsigned int Seconds ZRV_DEFAULT(30);
+  float Amplitude ZRV_DEFAULT(0.9f);      /* length of the longest hand; half the width of the digits */
+  unsigned int Font ZRV_DEFAULT(0);
+} ZRVClockSettings;
+
+/* A test signal on two axes: Y one sine or triangle a period, X a sine at XMultiple times its rate. */
+typedef struct ZRVSignalSettings {
+  bool TriangleY ZRV_DEFAULT(false);
+  float AmplitudeX ZRV_DEFAULT(0.9f);
+  float AmplitudeY ZRV_DEFAULT(0.9f);
+  unsigned int Frequency ZRV_DEFAULT(100); /* of Y, 1..40000 Hz */
+  float XMultiple ZRV_DEFAULT(10.0f);
+  float RisePortion ZRV_DEFAULT(0.5f);     /* rising part of the triangle, 0..1 */
+} ZRVSignalSettings;
+
+typedef struct ZRVImportSettings {
+  const char* FileName ZRV_DEFAULT(nullptr);       /* null: what was loaded before; Format must then be given */
+  ZRVImportFormat Format ZRV_DEFAULT(ImportByContent);
+  const unsigned int* Frames ZRV_DEFAULT(nullptr); /* frames of a drawing, numbered from 1; null: all */
+  unsigned int NumFrames ZRV_DEFAULT(0);           /* in Frames */
+  float Amplitude ZRV_DEFAULT(0.9f);               /* half the longer side of a drawing */
+  float AngleX ZRV_DEFAULT(0.0f);                  /* view of a drawing, as IldaDataStream takes it */
+  float AngleY ZRV_DEFAULT(1.5707964f);
+  bool Keypoints ZRV_DEFAULT(false);               /* a point file gives corners, not samples */
+  float TransitionTime ZRV_DEFAULT(0.5f);          /* of a move between the points of a point-time file, ms */
+} ZRVImportSettings;
+
+typedef struct ZRVTextSettings {
+  const char* Text ZRV_DEFAULT(nullptr);
+  unsigned int Length ZRV_DEFAULT(0);     /* characters; 0: up to the closing zero */
+  unsigned int Font ZRV_DEFAULT(0);       /* of those that LoadHersheyFile loaded */
+  float Amplitude ZRV_DEFAULT(0.9f);      /* half the longer side */
+} ZRVTextSettings;
+
+typedef struct ZRVPatternSettings {
+  ZRVScanPattern Pattern ZRV_DEFAULT(ScanRaster);
+  float XAmplitude ZRV_DEFAULT(0.9f);      /* of the stack of lines */
+  float YAmplitude ZRV_DEFAULT(0.9f);      /* of the sweep, turnarounds included */
+  unsigned int NumLines ZRV_DEFAULT(20);
+  unsigned int NumPixels ZRV_DEFAULT(50);  /* a line */
+  float LineDuration ZRV_DEFAULT(0.01f);   /* seconds, of the active part */
+  bool PixelHold ZRV_DEFAULT(false);       /* dwell at each pixel */
+  bool Bidirectional ZRV_DEFAULT(true);
+  int DigitalShift ZRV_DEFAULT(0);         /* samples */
+  float RotationAngle ZRV_DEFAULT(0.0f);   /* clockwise */
+  const float* PointX ZRV_DEFAULT(nullptr); /* point to point: NumPoints places */
+  const float* PointY ZRV_DEFAULT(nullptr);
+  const unsigned char* PointM ZRV_DEFAULT(nullptr); /* digital byte of each; null: 255 */
+  const float* DwellTimes ZRV_DEFAULT(nullptr);     /* ms a point with the move to the next; null: DwellTime */
+  float DwellTime ZRV_DEFAULT(5.0f);       /* ms */
+  unsigned int NumPoints ZRV_DEFAULT(0);
+  float TransitionTime ZRV_DEFAULT(0.5f);  /* ms, of the move */
+} ZRVPatternSettings;
+
+#undef ZRV_DEFAULT
 
 #ifdef __cplusplus
 /* The records as classes: the same fields, all zero after construction, copied to and from the plain form. */
