@@ -11,6 +11,8 @@
 #include <opencv2/imgproc/imgproc_c.h>
 
 #include "ZRVDataGenerator.h"
+#include "ZRVFlatInterface.h"
+#include "common/shielded.h"
 
 namespace {
 
@@ -84,4 +86,26 @@ unsigned int ZRVDataGenerator::ImageRasterPattern(float* x, float* y, unsigned c
   const float yLimit = std::clamp(aspect < 1.0f ? yAmplitude : yAmplitude / aspect, -1.0f, 1.0f);
   return LaserWriterDataStream(x, y, m, raster.intensity.data(), raster.lastDarkColumn.data(), numLines, numPixels,
                                lineDuration, bidirectional, sps, minSps, maxSps, -xLimit, xLimit, -yLimit, yLimit);
+}
+
+unsigned int ZRVImageRasterPattern(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, float xAmplitude,
+                                   float yAmplitude, unsigned int numLines, unsigned int numPixels,
+                                   const unsigned char* pixels, unsigned int width, unsigned int height,
+                                   unsigned int channels, unsigned int rowBytes, bool binaryImage, int threshold,
+                                   float lineDuration, bool bidirectional, unsigned int* sps, int minSps, int maxSps) {
+  constexpr uint64_t kMostBytes = std::numeric_limits<int>::max();
+  if (rowBytes == 0 && uint64_t{width} * channels <= kMostBytes) rowBytes = width * channels;
+  if (pixels == nullptr || width == 0 || height == 0 || channels == 0 || channels > 4) return 0;
+  if (rowBytes / channels < width || uint64_t{rowBytes} * height > kMostBytes) return 0;
+  unsigned int unwanted = 0;
+  return zrv::Shielded([&] {
+    IplImage image;
+    cvInitImageHeader(&image, cvSize(static_cast<int>(width), static_cast<int>(height)), IPL_DEPTH_8U,
+                      static_cast<int>(channels));
+    image.widthStep = static_cast<int>(rowBytes);
+    image.imageSize = static_cast<int>(rowBytes * height);
+    image.imageData = const_cast<char*>(reinterpret_cast<const char*>(pixels));
+    return g->ImageRasterPattern(x, y, m, xAmplitude, yAmplitude, numLines, numPixels, &image, binaryImage, threshold,
+                                 lineDuration, bidirectional, sps != nullptr ? *sps : unwanted, minSps, maxSps);
+  });
 }

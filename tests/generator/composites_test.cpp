@@ -1,0 +1,346 @@
+// The composite generators: what each makes, that they keep to the arrays, and that sizes told are sizes needed.
+#include <functional>
+#include <string>
+
+#include "ZRVDataGenerator.h"
+#include "ZRVFlatInterface.h"
+#include "content_files.h"
+#include "points.h"
+
+namespace zrv_test {
+namespace {
+
+struct Counts {
+  unsigned int samples = 77, frames = 77, rate = 77;
+  bool operator==(const Counts&) const = default;
+};
+void PrintTo(const Counts& c, std::ostream* out) { *out << c.samples << " in " << c.frames << " at " << c.rate; }
+
+struct Composite {
+  const char* name;
+  std::function<Counts(float*, float*, unsigned char*, const ZRVScanSettings&)> make;
+  unsigned int keypoints;   // as CurvesDataSize is told
+  unsigned int frames = 0;  // of an imported drawing
+};
+
+class Composites : public ::testing::Test {
+ protected:
+  Composites() {
+    g.LoadHersheyFile(ZRV_FONT_FILE);
+    lissajous.Modulation = ModulatePhase;
+    digital.Digital = true;
+    text.Text = "Zrv 5";
+    points.PointX = placesX, points.PointY = placesY, points.NumPoints = 3, points.Pattern = ScanPointToPoint;
+  }
+
+  // Two true-colour frames: a red corner, then a green line on the other side.
+  static Bytes Drawing() {
+    struct Point {
+      int x, y;
+      uint8_t blue, green, red;
+    };
+    const std::vector<std::vector<Point>> frames = {
+        {{-20000, 0, 0, 0, 255}, {-20000, 20000, 0, 0, 255}, {-10000, 20000, 0, 0, 255}},
+        {{20000, 0, 0, 255, 0}, {20000, -20000, 0, 255, 0}},
+        {}};
+    Bytes file;
+    for (size_t f = 0; f < frames.size(); ++f) {
+      file += FromText("ILDA");
+      file += {0, 0, 0, 5};
+      file += FromText("A drawing by test");
+      file.pop_back();
+      file += {0, static_cast<uint8_t>(frames[f].size()), 0, static_cast<uint8_t>(f), 0, 2, 0, 0};
+      for (const Point& p : frames[f]) {
+        const auto high = [](int v) { return static_cast<uint8_t>(v >> 8 & 255); };
+        const auto low = [](int v) { return static_cast<uint8_t>(v & 255); };
+        file += {high(p.x), low(p.x), high(p.y), low(p.y), 0, p.blue, p.green, p.red};
+      }
+    }
+    return file;
+  }
+
+  template <typename Settings, typename Call>
+  auto Fixed(Call call, const Settings& settings) {
+    return [this, call, &settings](float* x, float* y, unsigned char* m, const ZRVScanSettings& scan) {
+      Counts counts{77, 77, scan.SampleRate};
+      (g.*call)(x, y, m, scan, settings, counts.samples, counts.frames);
+      return counts;
+    };
+  }
+  template <typename Settings, typename Call>
+  auto Timed(Call call, const Settings& settings) {
+    return [this, call, &settings](float* x, float* y, unsigned char* m, const ZRVScanSettings& scan) {
+      Counts counts;
+      (g.*call)(x, y, m, scan, settings, counts.samples, counts.frames, counts.rate);
+      return counts;
+    };
+  }
+  auto Import(const char* path, bool keypoints = false) {
+    return [this, path, keypoints](float* x, float* y, unsigned char* m, const ZRVScanSettings& scan) {
+      ZRVImportSettings settings;
+      settings.FileName = path;
+      settings.Keypoints = keypoints;
+      Counts counts;
+      g.GenerateImportFileData(x, y, m, nullptr, scan, settings, counts.samples, counts.frames, counts.rate);
+      return counts;
+    };
+  }
+
+  std::vector<Composite> All() {
+    using G = ZRVDataGenerator;
+    return {{"waveform", Fixed(&G::GenerateWaveformData, waveform), 0},
+            {"spirograph", Fixed(&G::GenerateSpirographData, spirograph), 0},
+            {"Lissajous", Fixed(&G::GenerateLissajousData, lissajous), 0},
+            {"clock", Fixed(&G::GenerateClockData, clock), 0},
+            {"digital clock", Fixed(&G::GenerateClockData, digital), g.HersheyDataSize("10 : 08 : 30", 12, 0)},
+            {"text", Fixed(&G::GenerateTextData, text), g.HersheyDataSize(text.Text, 5, 0)},
+            {"keypoints", Import(pointFile.Path(), true), 4},
+            {"drawing", Import(drawing.Path()), 3, 2},
+            {"points", Import(pointFile.Path()), 4},
+            // From here on the size is what the generator itself says.
+            {"point times", Import(timesFile.Path()), ~0u},
+            {"signal", Timed(&G::GenerateSignalData, signal), ~0u},
+            {"raster", Timed(&G::GenerateScanData, raster), ~0u},
+            {"point to point", Timed(&G::GenerateScanData, points), ~0u}};
+  }
+
+  TempFile pointFile{"sps 5000\n-0.5 0 255\n0.5 0 0\n0.5 0.5 255\n-0.5 0.5 255\n"};
+  TempFile timesFile{"0 0 255 10\n0.5 0.5 7 20\n"}, drawing{Drawing()};
+  const float placesX[3] = {-0.5f, 0, 0.5f}, placesY[3] = {0, 0.5f, 0};
+  ZRVDataGenerator g;
+  ZRVWaveformSettings waveform;
+  ZRVSpirographSettings spirograph;
+  ZRVLissajousSettings lissajous;
+  ZRVClockSettings clock, digital;
+  ZRVTextSettings text;
+  ZRVSignalSettings signal;
+  ZRVPatternSettings raster, points;
+};
+
+TEST_F(Composites, FillTheirFramesByDefault) {
+  ZRVScanSettings scan;
+  scan.ArrayCapacity = 100000;
+  Points to(scan.ArrayCapacity);
+  // 20000 / 20 a frame; 4 points as they are; 10 and 20 ms at 50000 samples in all, kept within 100000 a second;
+  // one period of 80 samples ten times; 20 lines forth and back with two turns at 4000 active samples each.
+  const std::pair<const char*, Counts> kExpected[] = {
+      {"waveform", {1000, 1, 20000}},   {"spirograph", {1000, 1, 20000}}, {"Lissajous", {1000, 1, 20000}},
+      {"points", {4, 1, 5000}},         {"point times", {3000, 1, 100000}}, {"signal", {800, 1, 8000}},
+      {"point to point", {1500, 1, 100000}}};
+  size_t next = 0;
+  for (const Composite& c : All()) {
+    const Counts made = c.make(to.x.data(), to.y.data(), to.m.data(), scan);
+    if (next < std::size(kExpected) && std::string(kExpected[next].first) == c.name) {
+      EXPECT_EQ(made, kExpected[next++].second) << c.name;
+    }
+    EXPECT_GT(made.samples, 0u) << c.name;
+  }
+  EXPECT_EQ(next, std::size(kExpected));
+}
+
+TEST_F(Composites, KeepToTheArraysWhateverIsAsked) {
+  Random random(5);
+  const auto pick = [&](auto... values) { return std::array{values...}[random() % sizeof...(values)]; };
+  for (int round = 0; round < 150; ++round) {
+    ZRVScanSettings scan;
+    scan.SampleRate = pick(20000u, 333u, 40u);
+    scan.RefreshRate = pick(20.0f, 7.3f, 39.0f);
+    scan.Animation = static_cast<ZRVAnimation>(random() % 4);
+    scan.AnimationDuration = pick(0.0f, 0.3f);
+    scan.Profile = static_cast<ZRVProfile>(random() % 3);
+    scan.Closing = static_cast<ZRVClosing>(random() % 3);
+    scan.KeypointBudget = random() % 50;
+    scan.Scale = pick(1.0f, 0.5f);
+    scan.Filter = random() % 2;
+    scan.FilterZeroPhase = random() % 2;
+    waveform.Waveform = static_cast<ZRVWaveform>(random() % 4);
+    waveform.Axes = static_cast<ZRVWaveformAxes>(random() % 3);
+    spirograph.Curve = static_cast<ZRVCurve>(random() % 5);
+    g.SetupSoftwareFilter(1 + random() % 6, 4, 1000, 20000, true);
+    for (const Composite& c : All()) {
+      const Counts counted = c.make(nullptr, nullptr, nullptr, scan);
+      if (c.keypoints != ~0u) {
+        EXPECT_LE(counted.samples, ZRVDataGenerator::CurvesDataSize(scan, c.keypoints, c.frames)) << c.name;
+      }
+      ASSERT_GT(counted.samples, 0u) << c.name;
+      Points exact(counted.samples + 1);
+      scan.ArrayCapacity = counted.samples - 1;
+      EXPECT_EQ(c.make(exact.x.data(), exact.y.data(), exact.m.data(), scan).samples, 0u) << c.name;
+      EXPECT_TRUE(exact.UntouchedFrom(0)) << c.name;
+      scan.ArrayCapacity = counted.samples;
+      EXPECT_EQ(c.make(exact.x.data(), exact.y.data(), exact.m.data(), scan), counted) << c.name;
+      EXPECT_TRUE(exact.UntouchedFrom(counted.samples)) << c.name;
+      EXPECT_NE(exact.x[counted.samples - 1], kFloatCanary) << c.name;
+    }
+  }
+}
+
+TEST_F(Composites, DoTheStepsInOrder) {
+  ZRVScanSettings scan;
+  scan.ArrayCapacity = 4000;
+  scan.SampleRate = 1000;
+  scan.Scale = 0.5f;
+  scan.OffsetX = 0.1f;
+  scan.Animation = AnimateRotate;
+  scan.AnimationDuration = 0.2f;
+  scan.KeypointBudget = 20;
+  scan.Filter = true;
+  g.SetupSoftwareFilter(1, 3, 100, 1000, true);
+  Points made(4000), k(200), expected(4000);
+  unsigned int samples = 0, frames = 0;
+  g.GenerateTextData(made.x.data(), made.y.data(), made.m.data(), scan, text, samples, frames);
+
+  float *kx = k.x.data(), *ky = k.y.data(), *x = expected.x.data(), *y = expected.y.data();
+  unsigned char *km = k.m.data(), *m = expected.m.data();
+  unsigned int n = g.HersheyDataStream(kx, ky, km, "Zrv 5", 5, 0, 0.9f, 0, false);
+  n = g.OptimizeKeypoints(kx, ky, km, n, 20);
+  g.TransformData(kx, ky, n, 0.5f, 0, 0.1f, 0, false, 0, 0);
+  n = g.InterpolateDataOptimized(kx, ky, km, x, y, m, n, 50);
+  n = g.GenerateAnimations(x, y, m, 1, n, 4);
+  g.SetupSoftwareFilter(1, 3, 100, 1000, true);
+  g.FilterData(x, y, x, y, n, false);
+  EXPECT_EQ(std::pair(samples, frames), std::pair(n, 4u));
+  EXPECT_EQ(Head(made.x, n), Head(expected.x, n));
+  EXPECT_EQ(Head(made.y, n), Head(expected.y, n));
+  EXPECT_EQ(Head(made.m, n), Head(expected.m, n));
+}
+
+TEST_F(Composites, WaysOfClosing) {
+  ZRVScanSettings scan;
+  scan.ArrayCapacity = 100;
+  scan.SampleRate = 200;  // 10 samples a frame
+  Points to(100);
+  const auto wave = [&](ZRVClosing closing) {
+    scan.Closing = closing;
+    unsigned int samples = 0, frames = 0;
+    g.GenerateWaveformData(to.x.data(), to.y.data(), to.m.data(), scan, waveform, samples, frames);
+    return samples;
+  };
+  ASSERT_EQ(wave(ClosingLeftOut), 10u);
+  EXPECT_FLOAT_EQ(to.x[9], 0.8f);
+  ASSERT_EQ(wave(ClosingBlank), 10u);  // the last tenth leads back
+  EXPECT_EQ(to.x[9], -1.0f);
+  EXPECT_EQ(to.m[8], 0);
+  ASSERT_EQ(wave(ClosingRetrace), 9u);
+  EXPECT_EQ(Head(to.x, 9), (std::vector<float>{-1, -0.6f, -0.2f, 0.2f, 0.6f, 0.2f, -0.2f, -0.6f, -1}));
+
+  // A path of keypoints at one speed: 1 across, 0.5 up (dark), 1 back; closed by 0.5 down.
+  scan.RefreshRate = 5000.0f / 30;
+  scan.Profile = ProfileLinear;
+  scan.BlankSpeed = 1;
+  const struct {
+    ZRVClosing closing;
+    float endX, endY;
+    size_t dark;
+  } kCases[] = {{ClosingLeftOut, -0.5f, 0.5f, 6}, {ClosingBlank, -0.5f, 0.0f, 10}, {ClosingRetrace, -0.5f, 0.0f, 6}};
+  for (const auto& c : kCases) {
+    scan.Closing = c.closing;
+    const Counts made = Import(pointFile.Path(), true)(to.x.data(), to.y.data(), to.m.data(), scan);
+    ASSERT_GE(made.samples, 28u) << c.closing;
+    EXPECT_EQ(std::pair(to.x[made.samples - 1], to.y[made.samples - 1]), std::pair(c.endX, c.endY)) << c.closing;
+    const auto dark = std::count(to.m.begin(), to.m.begin() + made.samples, 0);
+    EXPECT_NEAR(static_cast<double>(dark), static_cast<double>(c.dark), 1.0) << c.closing;
+  }
+}
+
+TEST_F(Composites, DrawingsBringTheirColoursAndLeadOnDarkly) {
+  ZRVScanSettings scan;
+  scan.ArrayCapacity = 4000;
+  Points to(4000);
+  ZRVImportSettings file;
+  file.FileName = drawing.Path();
+  for (const ZRVProfile profile : {ProfileLinear, ProfileTrapezoidal, ProfileOptimized}) {
+    scan.Profile = profile;
+    unsigned int samples = 0, frames = 0, rate = 0;
+    g.GenerateImportFileData(to.x.data(), to.y.data(), to.m.data(), to.index.data(), scan, file, samples, frames, rate);
+    ASSERT_EQ(frames, 2u) << profile;
+    EXPECT_NEAR(samples, 2000, 4) << profile;
+    std::array<unsigned int, 3> seen{};
+    for (unsigned int i = 0; i < samples; ++i) {
+      const unsigned int expected = to.m[i] == 0 ? 0 : to.x[i] < 0 ? 0xFF0000 : 0x00FF00;
+      ASSERT_EQ(to.index[i], expected) << profile << ", sample " << i << " at " << to.x[i];
+      ++seen[to.m[i] == 0 ? 0 : to.x[i] < 0 ? 1 : 2];
+      if (i > 0 && profile == ProfileLinear) {
+        EXPECT_LT(std::hypot(to.x[i] - to.x[i - 1], to.y[i] - to.y[i - 1]), 0.02f) << i;
+      }
+    }
+    EXPECT_GT(std::min({seen[0], seen[1], seen[2]}), 100u) << profile;
+  }
+  // One frame of it turns, and is white without colours of its own: here those of points.
+  const unsigned int second[] = {2, 9};
+  file.Frames = second;
+  file.NumFrames = 2;
+  scan.Animation = AnimateRotate;
+  scan.AnimationDuration = 0.1f;
+  unsigned int samples = 0, frames = 0, rate = 0;
+  g.GenerateImportFileData(to.x.data(), to.y.data(), to.m.data(), to.index.data(), scan, file, samples, frames, rate);
+  EXPECT_EQ(frames, 2u);
+  EXPECT_EQ(to.index[0], 0x00FF00u);
+  file.FileName = nullptr;
+  file.Format = ImportPoints;
+  scan.Animation = AnimateNothing;
+  g.LoadPointFile(pointFile.Path());
+  g.GenerateImportFileData(to.x.data(), to.y.data(), to.m.data(), to.index.data(), scan, file, samples, frames, rate);
+  EXPECT_EQ(std::tuple(samples, frames, rate), std::tuple(4u, 1u, 5000u));
+  EXPECT_EQ(Head(to.index, 4), (std::vector<unsigned int>{0xFFFFFF, 0, 0xFFFFFF, 0xFFFFFF}));
+}
+
+TEST_F(Composites, RefuseWhatMakesNoScan) {
+  Points to(3000);
+  const struct {
+    const char* name;
+    std::function<void(ZRVScanSettings&)> spoil;
+  } kCases[] = {
+      {"no samples a frame", [](auto& s) { s.RefreshRate = 30000; }},
+      {"no refresh rate", [](auto& s) { s.RefreshRate = 0; }},
+      {"not a number", [](auto& s) { s.RefreshRate = std::nanf(""); }},
+      {"beyond all arrays", [](auto& s) { s.RefreshRate = 1e-30f; }},
+      {"an animation without end", [](auto& s) { s.Animation = AnimateRotate; s.AnimationDuration = 1e30f; }},
+      {"no such profile", [](auto& s) { s.Profile = static_cast<ZRVProfile>(3); }},
+      {"no such closing", [](auto& s) { s.Closing = static_cast<ZRVClosing>(3); }},
+      {"no such animation", [](auto& s) { s.Animation = static_cast<ZRVAnimation>(4); }},
+      {"no capacity", [](auto& s) { s.ArrayCapacity = 0; }},
+  };
+  for (const auto& c : kCases) {
+    ZRVScanSettings scan;
+    scan.ArrayCapacity = 3000;
+    c.spoil(scan);
+    unsigned int samples = 77, frames = 77;
+    g.GenerateTextData(to.x.data(), to.y.data(), to.m.data(), scan, text, samples, frames);
+    EXPECT_EQ(std::pair(samples, frames), std::pair(0u, 0u)) << c.name;
+  }
+  ZRVScanSettings scan;
+  scan.ArrayCapacity = 3000;
+  unsigned int samples = 77, frames = 77;
+  g.GenerateTextData(to.x.data(), nullptr, to.m.data(), scan, text, samples, frames);
+  EXPECT_EQ(samples, 0u);
+  EXPECT_EQ(Import("none.txt")(to.x.data(), to.y.data(), to.m.data(), scan), (Counts{0, 0, 0}));
+  EXPECT_TRUE(to.UntouchedFrom(0));
+}
+
+// Through the plain functions: the records' initial values are those of C++, null is the same as these, and
+// unwanted results may be null.
+TEST_F(Composites, AreTheSameFromC) {
+  ZRVScanSettings scan;
+  ZRVInitScanSettings(&scan);
+  scan.ArrayCapacity = 5000;
+  scan.KeypointBudget = 30;
+  ZRVTextSettings plain;
+  ZRVInitTextSettings(&plain);
+  plain.Text = "Zrv 5";
+  Points made(5000), expected(5000);
+  unsigned int samples = 0, frames = 0, count = 0;
+  g.GenerateTextData(expected.x.data(), expected.y.data(), expected.m.data(), scan, text, samples, frames);
+  ZRVGenerateTextData(&g, made.x.data(), made.y.data(), made.m.data(), &scan, &plain, &count, nullptr);
+  EXPECT_EQ(count, samples);
+  EXPECT_EQ(made.x, expected.x);
+  g.GenerateScanData(expected.x.data(), expected.y.data(), expected.m.data(), scan, raster, samples, frames, frames);
+  ZRVGenerateScanData(&g, made.x.data(), made.y.data(), made.m.data(), &scan, nullptr, &count, nullptr, nullptr);
+  EXPECT_EQ(count, samples);
+  EXPECT_EQ(made.x, expected.x);
+  ZRVGenerateLissajousData(&g, made.x.data(), made.y.data(), made.m.data(), nullptr, nullptr, &count, nullptr);
+  EXPECT_EQ(count, 0u);  // no capacity
+}
+
+}  // namespace
+}  // namespace zrv_test
