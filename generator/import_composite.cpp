@@ -51,15 +51,14 @@ void AddDrawing(ScanAssembly& assembly, ZRVDataGenerator& generator, const ZRVSc
                              [&](unsigned int request) { return generator.IldaKeypointCount(request); });
 }
 
-void AddPoints(ScanAssembly& assembly, ZRVDataGenerator& generator, const ZRVScanSettings& scan, bool asKeypoints,
-               unsigned int& rate) {
-  rate = generator.GetPointFileSps() != 0 ? generator.GetPointFileSps() : scan.SampleRate;
+// Samples come with their rate, if the file has one; corners are played at the scan's.
+void AddPoints(ScanAssembly& assembly, const ZRVDataGenerator& generator, bool asKeypoints, unsigned int& rate) {
   const auto fill = [&](const PointArrays& to) { return generator.PointFileDataStream(to.x, to.y, to.m); };
-  assembly.SetSampleRate(rate);
   if (asKeypoints) {
     assembly.AddKeypoints(generator.GetPointFileSize(), fill);
   } else {
     assembly.AddSamples(generator.GetPointFileSize(), fill);
+    if (generator.GetPointFileSps() != 0) rate = generator.GetPointFileSps();
   }
 }
 
@@ -85,7 +84,7 @@ void ZRVDataGenerator::GenerateImportFileData(float* x, float* y, unsigned char*
       if (rgb != nullptr && !content->ilda.red.empty()) assembly.CarryColours();
       AddDrawing(assembly, *this, scan, file);
       break;
-    case ImportPoints: AddPoints(assembly, *this, scan, file.Keypoints, rate); break;
+    case ImportPoints: AddPoints(assembly, *this, file.Keypoints, rate); break;
     case ImportPointTimes:
       rate = GetPointTimeFileSps();
       AddTimedPoints(assembly, *this, scan, LoadedPointTimes(*this, file.TransitionTime), rate);

@@ -61,13 +61,8 @@ unsigned int AnimationFrames(const ZRVScanSettings& scan) {
 }
 
 ScanAssembly::ScanAssembly(ZRVDataGenerator& generator, const ZRVScanSettings& scan, ScanScratch& scratch)
-    : generator_(generator), scan_(scan), scratch_(scratch) {
-  SetSampleRate(scan.SampleRate);
-}
-
-void ScanAssembly::SetSampleRate(unsigned int samplesPerSecond) {
-  samplesPerFrame_ = zrv::SamplesPerFrame(samplesPerSecond, scan_.RefreshRate);
-}
+    : generator_(generator), scan_(scan), scratch_(scratch),
+      samplesPerFrame_(zrv::SamplesPerFrame(scan.SampleRate, scan.RefreshRate)) {}
 
 void ScanAssembly::AddFrame(unsigned int count) {
   if (count == 0) return;
@@ -109,13 +104,9 @@ void ScanAssembly::LeadOn(const PointArrays& paths, Frame& frame, const Frame& n
   const bool darkReturn = end > 0 && path.m[end - 1] == 0 && path.SamePlace(end, 0);
   if (!darkReturn) {
     path.m[end] = 0;
-    if (coloured_) path.rgb[end] = 0;
     end = frame.size++;
-    path.m[end] = 0;
-    if (coloured_) path.rgb[end] = 0;
   }
-  path.x[end] = start.x[0];
-  path.y[end] = start.y[0];
+  path.From(end).Fill(1, start);
 }
 
 void ScanAssembly::Transform(const PointArrays& points, size_t count) const {

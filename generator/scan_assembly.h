@@ -48,9 +48,8 @@ class ScanAssembly {
  public:
   ScanAssembly(ZRVDataGenerator& generator, const ZRVScanSettings& scan, ScanScratch& scratch);
 
-  // 0: these settings give no scan.
+  // 0: refresh rate and sample rate give none.
   unsigned int SamplesPerFrame() const { return samplesPerFrame_; }
-  void SetSampleRate(unsigned int samplesPerSecond);
 
   // Colours travel with the points.
   void CarryColours() { coloured_ = true; }
@@ -110,7 +109,7 @@ class ScanAssembly {
   ZRVDataGenerator& generator_;
   const ZRVScanSettings scan_;
   ScanScratch& scratch_;
-  unsigned int samplesPerFrame_ = 0;
+  const unsigned int samplesPerFrame_;
   bool coloured_ = false, overTime_ = false;
   std::vector<Frame> frames_;  // of keypoints
   size_t numKeypoints_ = 0;    // of all frames

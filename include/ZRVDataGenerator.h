@@ -106,7 +106,7 @@ class ZRV_API ZRVDataGenerator {
   //   drawing         each frame takes SampleRate / RefreshRate samples, the dark way to the next one included.
   //                   Frames that are not there are skipped. Several frames are an animation by themselves:
   //                   scan.Animation is for a single one
-  //   points          as they are, at the file's rate or else scan.SampleRate; or as keypoints
+  //   points          as they are, at the file's rate or else scan.SampleRate; or as keypoints, at the latter
   //   point times     as PointToPointPattern moves between them, at the file's rate or else one that it chooses
   //   rgb             null, or a colour 0xRRGGBB a sample, scan.ArrayCapacity of them: the drawing's, or white where
   //                   it has none; black where m is 0

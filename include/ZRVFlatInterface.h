@@ -352,7 +352,7 @@ ZRV_API void ZRVGenerateSignalData(ZRVDataGenerator* generator, float* x, float*
  *   drawing         each frame takes SampleRate / RefreshRate samples, the dark way to the next one included.
  *                   Frames that are not there are skipped. Several frames are an animation by themselves:
  *                   scan.Animation is for a single one
- *   points          as they are, at the file's rate or else scan.SampleRate; or as keypoints
+ *   points          as they are, at the file's rate or else scan.SampleRate; or as keypoints, at the latter
  *   point times     held and moved between, at the file's rate or else one that is chosen
  *   rgb             null, or scan.ArrayCapacity colours 0xRRGGBB: the drawing's, or white where it has none; black
  *                   where m is 0 */
