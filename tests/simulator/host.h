@@ -2,38 +2,27 @@
 #ifndef ZRV_TESTS_SIMULATOR_HOST_H
 #define ZRV_TESTS_SIMULATOR_HOST_H
 
-#include <cstdint>
-#include <cstdio>
+#include <gtest/gtest.h>
+
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "simulator/controller.h"
+#include "tests/hex.h"
 
 namespace zrv::sim {
 
-using Bytes = std::vector<uint8_t>;
+using testing::Bytes;
+using testing::FromHex;
+using testing::ToHex;
 
-// "B5 0A" or "B50A".
-inline Bytes FromHex(const std::string& text) {
-  Bytes bytes;
-  int digits = 0, value = 0;
-  for (const char c : text) {
-    if (c == ' ') continue;
-    value = value * 16 + (c <= '9' ? c - '0' : c - 'A' + 10);
-    if (++digits % 2 == 0) bytes.push_back(static_cast<uint8_t>(std::exchange(value, 0)));
-  }
-  return bytes;
-}
+inline const std::string kAck = "B5 B0 0A";
 
-inline std::string ToHex(const Bytes& bytes) {
-  std::string text;
-  for (const uint8_t byte : bytes) {
-    char pair[4];
-    std::snprintf(pair, sizeof pair, text.empty() ? "%02X" : " %02X", byte);
-    text += pair;
-  }
-  return text;
+// A frame without its header and its end: its code and its payload.
+inline std::string FrameOf(const std::string& codeAndPayload) {
+  const Bytes bytes = FromHex(codeAndPayload);
+  const Bytes length = {static_cast<uint8_t>(bytes.size() + 5)};
+  return "B5 B0 2B " + codeAndPayload.substr(0, 2) + " " + ToHex(length) + codeAndPayload.substr(2) + " 0A";
 }
 
 // One controller and its time.
@@ -41,34 +30,32 @@ struct Host {
   explicit Host(Options options = {}) : controller(std::move(options)) {}
 
   // Sends the bytes and returns what has come back by now.
-  std::string Say(const std::string& hex) {
+  std::string Send(const std::string& hex) {
     controller.Receive(FromHex(hex), now);
     return Hear();
   }
+  std::string Say(const std::string& codeAndPayload) { return Send(FrameOf(codeAndPayload)); }
   std::string Hear() { return ToHex(HearBytes()); }
+  std::string HearAfter(double seconds) {
+    now += seconds;
+    return Hear();
+  }
   Bytes HearBytes() {
     controller.Advance(now);
     Bytes bytes(controller.Available());
     controller.Take(bytes);
     return bytes;
   }
-  void Load(const std::string& announce, const std::string& block) {
-    Say(announce);
-    Say("B5 B0 2B B2 06 0A");
-    Say(block);
+  // Samples of five bytes.
+  void Load(const std::string& block) {
+    Say("B1 " + ToHex(Bytes{static_cast<uint8_t>(FromHex(block).size()), 0, 0}));
+    Say("B2");
+    Send(block);
   }
 
   Controller controller;
   double now = 1;
 };
-
-inline const std::string kAck = "B5 B0 0A";
-inline const std::string kStopFrame = "B5 B0 2B F2 06 0A";
-inline const std::string kStateFrame = "B5 B0 2B F4 06 0A";
-inline const std::string kRespondFrame = "B5 B0 2B E3 06 0A";
-inline const std::string kRemainingFrame = "B5 B0 2B E2 06 0A";
-inline const std::string kPlayEndlessFrame = "B5 B0 2B F1 06 0A";
-inline const std::string kSetAxesFrame = "B5 B0 2B E7 07 02 0A";
 
 }  // namespace zrv::sim
 

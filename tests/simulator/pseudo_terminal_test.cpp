@@ -7,6 +7,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
@@ -24,19 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 using std::chrono::steady_clock;
 
-class TemporaryDirectory {
- public:
-  TemporaryDirectory() {
-    std::string name = (fs::temp_directory_path() / "zrv-ports-XXXXXX").string();
-    path_ = mkdtemp(name.data());
-  }
-  ~TemporaryDirectory() { fs::remove_all(path_); }
-  const fs::path& path() const { return path_; }
-
- private:
-  fs::path path_;
-};
-
 class Client {
  public:
   explicit Client(const std::string& path) : fd_(open(path.c_str(), O_RDWR | O_NOCTTY)) {}
@@ -50,9 +38,7 @@ class Client {
   Bytes ReadBytes(size_t count) const {
     Bytes bytes(count);
     size_t done = 0;
-    while (done < count) {
-      pollfd wait = {fd_, POLLIN, 0};
-      if (poll(&wait, 1, 2000) <= 0) break;
+    for (pollfd wait = {fd_, POLLIN, 0}; done < count && poll(&wait, 1, 2000) > 0;) {
       const ssize_t got = read(fd_, bytes.data() + done, count - done);
       if (got <= 0) break;
       done += static_cast<size_t>(got);
@@ -60,8 +46,8 @@ class Client {
     bytes.resize(done);
     return bytes;
   }
-  std::string Ask(const std::string& hex, size_t answerBytes) const {
-    Write(FromHex(hex));
+  std::string Ask(const std::string& codeAndPayload, size_t answerBytes = 3) const {
+    Write(FromHex(FrameOf(codeAndPayload)));
     return ToHex(ReadBytes(answerBytes));
   }
 
@@ -69,16 +55,18 @@ class Client {
   int fd_;
 };
 
-double Seconds(steady_clock::duration time) { return std::chrono::duration<double>(time).count(); }
-
-TEST(PseudoTerminalTest, AnswersOneClientAfterAnother) {
-  PseudoTerminal simulator;
-  for (int round = 0; round < 3; ++round) {
-    const Client client(simulator.Port());
-    ASSERT_GE(client.fd(), 0);
-    EXPECT_EQ(client.Ask(kStateFrame, 5), kAck + " 00 11") << round;
+// With a directory for links to ports.
+class PseudoTerminalTest : public ::testing::Test {
+ protected:
+  PseudoTerminalTest() {
+    std::string name = (fs::temp_directory_path() / "zrv-ports-XXXXXX").string();
+    directory = mkdtemp(name.data());
   }
-}
+  ~PseudoTerminalTest() override { fs::remove_all(directory); }
+  PortOptions Linked(const char* name = "") const { return {directory.string(), name, 0}; }
+
+  fs::path directory;
+};
 
 #ifdef TIOCGEXCL
 bool IsExclusive(const std::string& path) {
@@ -89,7 +77,7 @@ bool IsExclusive(const std::string& path) {
 }
 
 // The mark is asked for, because a privileged user could open a locked port all the same.
-TEST(PseudoTerminalTest, NoLockStaysBehindOurTransport) {
+TEST_F(PseudoTerminalTest, NoLockStaysBehindOurTransport) {
   PseudoTerminal simulator;
   {
     ZRVSerialIO port;
@@ -104,73 +92,68 @@ TEST(PseudoTerminalTest, NoLockStaysBehindOurTransport) {
 }
 #endif
 
-TEST(PseudoTerminalTest, EveryByteValuePassesBothWays) {
+TEST_F(PseudoTerminalTest, EveryByteValueAndLargeAnswersPassBothWays) {
   PseudoTerminal simulator;
   Client client(simulator.Port());
   Bytes block;
   for (unsigned i = 0; i < 256; ++i) block.insert(block.end(), 5, static_cast<uint8_t>(i));
-  EXPECT_EQ(client.Ask("B5 B0 2B B1 09 00 05 00 0A B5 B0 2B B2 06 0A", 6), kAck + " " + kAck);
+  EXPECT_EQ(client.Ask("B1 00 05 00"), kAck);
+  EXPECT_EQ(client.Ask("B2"), kAck);
   client.Write(block);
   EXPECT_EQ(ToHex(client.ReadBytes(3)), kAck);
   const auto samples = simulator.Access([](Controller& c) { return c.Block(); });
   ASSERT_EQ(samples.size(), 256u);
   for (unsigned i = 0; i < 256; ++i) EXPECT_EQ(samples[i].m, i);
   for (const std::string byte : {"0A", "0D", "03", "04", "11", "13", "1A", "7F", "FF"}) {
-    client.Write(FromHex("B5 B0 2B BF 0A " + byte + " " + byte + " 00 80 0A"));
-    EXPECT_EQ(client.Ask("B5 B0 2B E4 06 0A", 7), kAck + " " + byte + " " + byte + " 00 80");
+    client.Write(FromHex(FrameOf("BF " + byte + " " + byte + " 00 80")));
+    EXPECT_EQ(client.Ask("E4", 7), kAck + " " + byte + " " + byte + " 00 80");
   }
-  EXPECT_EQ(client.Ask("B5 B0 2B A4 09 40 0D 03 0A", 3), kAck);  // 200000 samples
-  client.Write(FromHex("B5 B0 2B A5 06 0A"));
-  EXPECT_EQ(client.ReadBytes(1000003).size(), 1000003u) << "large answers arrive whole";
-  EXPECT_EQ(client.Ask(kRespondFrame, 3), kAck);
+  EXPECT_EQ(client.Ask("A4 40 0D 03"), kAck);  // 200000 samples
+  client.Write(FromHex(FrameOf("A5")));
+  EXPECT_EQ(client.ReadBytes(1000003).size(), 1000003u);
+  EXPECT_EQ(client.Ask("E3"), kAck);
 }
 
-TEST(PseudoTerminalTest, LinkNamesThePortAndGoes) {
-  const TemporaryDirectory directory;
-  const fs::path ports = directory.path() / "dev";
+TEST_F(PseudoTerminalTest, LinkNamesThePortAndGoes) {
+  const fs::path ports = directory / "dev";
   {
     PseudoTerminal first({}, {.portDirectory = ports.string()});
     PseudoTerminal second({}, {.portDirectory = ports.string()});
     EXPECT_EQ(first.Port(), (ports / "ttyUSB0").string());
     EXPECT_EQ(second.Port(), (ports / "ttyUSB1").string());
     EXPECT_EQ(fs::read_symlink(ports / "ttyUSB1"), second.TerminalPath());
-    EXPECT_EQ(Client(second.Port()).Ask(kRespondFrame, 3), kAck);
   }
   EXPECT_TRUE(fs::is_empty(ports));
 }
 
-TEST(PseudoTerminalTest, LinkReplacesOnlyWhatAKilledSimulatorLeft) {
-  const TemporaryDirectory directory;
-  const auto port = [&](const char* name) { return PortOptions{directory.path().string(), name, 0}; };
-  fs::create_symlink("/dev/pts/gone", directory.path() / "ttyUSB7");
-  std::ofstream(directory.path() / "file") << "precious";
-  fs::create_symlink(directory.path() / "file", directory.path() / "ttyUSB8");
+TEST_F(PseudoTerminalTest, LinkReplacesOnlyWhatAKilledSimulatorLeft) {
+  fs::create_symlink("/dev/pts/gone", directory / "ttyUSB7");
+  std::ofstream(directory / "file") << "precious";
+  fs::create_symlink(directory / "file", directory / "ttyUSB8");
   {
-    PseudoTerminal simulator({}, port("ttyUSB7"));
-    EXPECT_EQ(fs::read_symlink(directory.path() / "ttyUSB7"), simulator.TerminalPath());
-    EXPECT_THROW(PseudoTerminal({}, port("file")), std::system_error);
-    EXPECT_THROW(PseudoTerminal({}, port("ttyUSB7")), std::system_error) << "a live one";
-    EXPECT_THROW(PseudoTerminal({}, port("ttyUSB8")), std::system_error);
-    fs::remove(directory.path() / "ttyUSB7");
-    fs::create_symlink("elsewhere", directory.path() / "ttyUSB7");
+    PseudoTerminal simulator({}, Linked("ttyUSB7"));
+    EXPECT_EQ(fs::read_symlink(directory / "ttyUSB7"), simulator.TerminalPath());
+    for (const char* taken : {"file", "ttyUSB7", "ttyUSB8"}) {
+      EXPECT_THROW(PseudoTerminal({}, Linked(taken)), std::system_error) << taken;
+    }
+    fs::remove(directory / "ttyUSB7");
+    fs::create_symlink("elsewhere", directory / "ttyUSB7");
   }
-  EXPECT_TRUE(fs::is_symlink(directory.path() / "ttyUSB7")) << "no longer ours to remove";
-  EXPECT_EQ(fs::file_size(directory.path() / "file"), 8u);
+  EXPECT_TRUE(fs::is_symlink(directory / "ttyUSB7")) << "no longer ours to remove";
+  EXPECT_EQ(fs::file_size(directory / "file"), 8u);
 }
 
-TEST(PseudoTerminalTest, CuttingTheLinkHangsUpFromOutsideAndInMidAnswer) {
+TEST_F(PseudoTerminalTest, CuttingTheLinkHangsUpFromOutsideAndInMidAnswer) {
   for (const bool fault : {false, true}) {
-    const TemporaryDirectory directory;
-    PseudoTerminal simulator({}, {.portDirectory = directory.path().string()});
+    PseudoTerminal simulator({}, Linked());
     Client client(simulator.Port());
     if (fault) {
       simulator.Access([](Controller& c) { c.faults().OnCommand(0xF4, Fault::Cut(), 3); });
-      client.Ask(kStateFrame, 5);
+      client.Ask("F4", 5);
     } else {
       simulator.CutLink();
       EXPECT_FALSE(simulator.Running());
-      EXPECT_TRUE(fs::is_empty(directory.path()));
-      EXPECT_LT(open(simulator.TerminalPath().c_str(), O_RDWR | O_NOCTTY), 0);
+      EXPECT_TRUE(fs::is_empty(directory));
     }
     pollfd wait = {client.fd(), POLLIN, 0};
     EXPECT_EQ(poll(&wait, 1, 1000), 1);
@@ -178,44 +161,41 @@ TEST(PseudoTerminalTest, CuttingTheLinkHangsUpFromOutsideAndInMidAnswer) {
   }
 }
 
-TEST(PseudoTerminalTest, ChatterFromOutsideWakesTheServer) {
+TEST_F(PseudoTerminalTest, ChatterFromOutsideWakesTheServer) {
   PseudoTerminal simulator;
   Client client(simulator.Port());
-  EXPECT_EQ(client.Ask(kRespondFrame, 3), kAck);
+  EXPECT_EQ(client.Ask("E3"), kAck);
   simulator.Access([](Controller& c) { c.faults().StartChatter({0x55, 10000}); });
   EXPECT_EQ(client.ReadBytes(200), Bytes(200, 0x55));
 }
 
-TEST(PseudoTerminalTest, WaitingCostsNothing) {
+TEST_F(PseudoTerminalTest, WaitingCostsNothing) {
   PseudoTerminal never, left;
-  {
-    Client gone(left.Port());
-    EXPECT_EQ(gone.Ask(kRespondFrame, 3), kAck);
-  }
+  EXPECT_EQ(Client(left.Port()).Ask("E3"), kAck);
   Client waiting(never.Port());
-  EXPECT_EQ(waiting.Ask(kRespondFrame, 3), kAck);
+  EXPECT_EQ(waiting.Ask("E3"), kAck);
   const std::clock_t before = std::clock();
   std::this_thread::sleep_for(std::chrono::milliseconds(500));
   EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 10);  // a busy loop would burn a second in the two threads
 }
 
 // Ideal is 92160 bytes a second. Being late is the machine's right; being early would be a fault.
-TEST(PseudoTerminalTest, ThrottleIsNeverFasterThanTheLine) {
+TEST_F(PseudoTerminalTest, ThrottleIsNeverFasterThanTheLine) {
   PseudoTerminal simulator({}, {.portDirectory = "", .portName = "", .baudRate = 921600});
   Client client(simulator.Port());
-  EXPECT_EQ(client.Ask("B5 B0 2B B1 09 50 C3 00 0A B5 B0 2B B2 06 0A", 6), kAck + " " + kAck);
-  const auto idle = [] { std::this_thread::sleep_for(std::chrono::milliseconds(100)); };
-  idle();  // must not count as time in which bytes could have come
-  auto start = steady_clock::now();
-  client.Write(Bytes(50000, 0));
-  EXPECT_EQ(ToHex(client.ReadBytes(3)), kAck);
-  EXPECT_GE(Seconds(steady_clock::now() - start), 50000 / 92160.0 * 0.995);
-  client.Ask("B5 B0 2B A4 09 10 27 00 0A", 3);
-  idle();
-  start = steady_clock::now();
-  client.Write(FromHex("B5 B0 2B A5 06 0A"));
-  EXPECT_EQ(client.ReadBytes(50003).size(), 50003u);
-  EXPECT_GE(Seconds(steady_clock::now() - start), 50003 / 92160.0 * 0.995);
+  const auto expectThrottled = [&](const Bytes& sent, size_t answerBytes) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // no time in which bytes could have come
+    const auto start = steady_clock::now();
+    client.Write(sent);
+    EXPECT_EQ(client.ReadBytes(answerBytes).size(), answerBytes);
+    const std::chrono::duration<double> passed = steady_clock::now() - start;
+    EXPECT_GE(passed.count(), static_cast<double>(std::max(sent.size(), answerBytes)) / 92160 * 0.995);
+  };
+  client.Ask("B1 50 C3 00");
+  client.Ask("B2");
+  expectThrottled(Bytes(50000, 0), 3);
+  client.Ask("A4 10 27 00");
+  expectThrottled(FromHex(FrameOf("A5")), 50003);
 }
 
 }  // namespace
