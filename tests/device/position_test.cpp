@@ -8,14 +8,14 @@ class Position : public Scripted {};
 
 TEST_F(Position, AtOnceSendsOnePointAndStartsOnlyWhatStands) {
   const std::string point = "B5 B0 2B B1 09 05 00 00 0A | B5 B0 2B B2 06 0A | FF BF FF 7F 01 | B5 B0 2B F4 06 0A";
-  const auto go = [&] { device.GoToDevicePosition(0.5f, 0, 1, 0); };
-  EXPECT_EQ(Sent(go), point + " | B5 B0 2B F1 06 0A");
-  port->Answer(0xF4, kAck + Bytes{0x01, 0x01});
-  EXPECT_EQ(Sent(go), point);
+  for (const bool running : {false, true}) {
+    SetState(running ? 0x101 : 0x100);
+    EXPECT_EQ(Sent([&] { device.GoToDevicePosition(0.5f, 0, 1, 0); }), point + (running ? "" : " | B5 B0 2B F1 06 0A"));
+  }
 }
 
 TEST_F(Position, AMoveRunsFromTheStopThenHolds) {
-  port->Answer(0xF2, kAck + Bytes{0x00, 0x80, 0x00, 0x80, 9, 0, 0, 0, 0});
+  port->Answer(0xF2, kAck + FromHex("00 80 00 80 09 00 00 00 00"));
   device.SetDeviceParam(ParamSampleRate, 1000);
   // From (0, 0) to (1, -1) in 4 samples: 0, 1/8, 1/2, 7/8; all carry the digital byte of the stop.
   EXPECT_EQ(Sent([&] { device.GoToDevicePosition(1, -1, 7, 3); }),
@@ -28,24 +28,22 @@ TEST_F(Position, AMoveRunsFromTheStopThenHolds) {
 }
 
 TEST_F(Position, LengthOfAMove) {
-  const struct {
-    float rate;
-    unsigned ms;
-    const char* announced;  // 5 bytes a sample
-  } kCases[] = {{1000, 1, "14 00 00"}, {1000, 4, "19 00 00"}, {20000, 1000, "A5 86 01"},
-                {5000, 100000, "4D E8 01"},   // 5 s, 25001 samples
-                {50000, 5000, "F0 49 02"}};  // cut at the controller's 30000 samples
-  for (const auto& c : kCases) {
-    device.SetDeviceParam(ParamSampleRate, c.rate);
-    EXPECT_EQ(Sent([&] { device.GoToDevicePosition(0.5f, 0.5f, 0, c.ms); }).substr(0, 46),
-              std::string("B5 B0 2B F2 06 0A | B5 B0 2B B1 09 ") + c.announced + " 0A") << c.ms;
+  const std::tuple<float, unsigned, std::string> kCases[] = {{1000, 1, "14 00 00"},       // 5 bytes a sample
+                                                             {1000, 4, "19 00 00"},
+                                                             {5000, 100000, "4D E8 01"},  // 5 s, 25001 samples
+                                                             {50000, 5000, "F0 49 02"}};  // the controller's 30000
+  for (const auto& [rate, ms, announced] : kCases) {
+    device.SetDeviceParam(ParamSampleRate, rate);
+    EXPECT_EQ(Sent([&, m = ms] { device.GoToDevicePosition(0.5f, 0.5f, 0, m); }).substr(0, 46),
+              "B5 B0 2B F2 06 0A | B5 B0 2B B1 09 " + announced + " 0A");
   }
 }
 
 TEST_F(Position, OutsideTheFieldIsRefused) {
-  const float bad[][2] = {{1.0001f, 0}, {-1.0001f, 0}, {0, 1.0001f}, {0, -1.0001f}, {kNaN, 0}, {0, kNaN}};
-  for (const auto& p : bad) {
-    EXPECT_EQ(Sent([&] { device.GoToDevicePosition(p[0], p[1], 0, 10); }), "");
+  for (const float bad : {1.0001f, -1.0001f, kNaN}) {
+    EXPECT_EQ(Sent([&] { device.GoToDevicePosition(bad, 1, 0, 10); }), "");
+    EXPECT_EQ(device.GetLastError(), ErrorInvalidValue);
+    EXPECT_EQ(Sent([&] { device.GoToDevicePosition(-1, bad, 0, 10); }), "");
     EXPECT_EQ(device.GetLastError(), ErrorInvalidValue);
   }
   device.GoToDevicePosition(1, -1, 0, 0);
@@ -55,12 +53,11 @@ TEST_F(Position, OutsideTheFieldIsRefused) {
 TEST(Colours, TableIsBounded) {
   ZRVDevice device;
   std::vector<unsigned> table(150000, 1), big(150000, 5);
-  device.GetRGBData(table.data(), 150000);
-  EXPECT_EQ(std::tuple(table[99999], table[100000]), std::tuple(0xFFFFFFu, 1u));
   device.SetRGBData(0x00FF00u, 0);
   device.SetRGBData(0x0000FFu, 2);
-  device.GetRGBData(table.data(), 100000);
-  EXPECT_EQ(std::tuple(table[1], table[2], table[99999]), std::tuple(0x0000FFu, 0x00FF00u, 0x00FF00u));
+  device.GetRGBData(table.data(), 150000);
+  EXPECT_EQ(std::tuple(table[1], table[2], table[99999], table[100000]),
+            std::tuple(0x0000FFu, 0x00FF00u, 0x00FF00u, 1u));
   device.SetRGBData(big.data(), 150000);
   device.SetRGBData(static_cast<unsigned*>(nullptr), 3);
   device.GetRGBData(nullptr, 3);
@@ -69,9 +66,9 @@ TEST(Colours, TableIsBounded) {
 }
 
 TEST_F(Position, OnlyOneTurnsTheBoostOn) {
-  for (const auto& [enable, wire] : {std::pair{1u, "B5 B0 2B DB 06 0A"}, {0u, "B5 B0 2B DA 06 0A"},
-                                     {2u, "B5 B0 2B DA 06 0A"}}) {
-    EXPECT_EQ(Sent([&, e = enable] { device.SetLaserBoostEnable(e); }), wire);
+  for (const unsigned enable : {0u, 1u, 2u}) {
+    EXPECT_EQ(Sent([&] { device.SetLaserBoostEnable(enable); }),
+              enable == 1 ? "B5 B0 2B DB 06 0A" : "B5 B0 2B DA 06 0A");
   }
 }
 

@@ -44,10 +44,9 @@ std::array<GammaCurve, 3> Gammas(float red, float green, float blue) {
 TEST(Packing, Layouts) {
   const auto gamma = Gammas(1, 1, 1);
   for (const auto& c : kPackCases) {
-    const size_t bytes = protocol::BytesPerSample(c.format);
-    std::vector<uint8_t> out(bytes);
+    Bytes out(protocol::BytesPerSample(c.format));
     PackSamples(c.format, {&c.x, &c.y, &c.m, &c.colour, &gamma, 1, 0, 0}, out.data(), PackPath::portable);
-    EXPECT_EQ(Hex(out.data(), bytes), c.bytes) << c.name;
+    EXPECT_EQ(ToHex(out), c.bytes) << c.name;
   }
 }
 
@@ -58,34 +57,19 @@ TEST(Packing, GammaCurvesFollowTheFormula) {
   for (size_t value = 0; value < 256; ++value) EXPECT_EQ(MakeGammaCurve(1)[value], value);
 }
 
-// Mostly positions about the range -1..1, with every value that is treated apart.
+// Positions within and beyond the field, and those that a careless conversion takes for something else.
 float AnyPosition(std::mt19937& random) {
-  constexpr float kSpecial[] = {kNaN, -kNaN, kInfinity, -kInfinity, 1.0f, -1.0f, 0.0f, -0.0f, 3e38f, -3e38f, 1e-40f,
+  constexpr float kSpecial[] = {0.0f, -0.0f, 1.0f, -1.0f, kNaN, -kNaN, kInfinity, -kInfinity, 3e38f, -3e38f, 1e-45f,
                                 0.99999994f, -0.99999994f, 1.0000001f, -1.0000001f};
   if (random() % 8 == 0) return kSpecial[random() % std::size(kSpecial)];
   return std::uniform_real_distribution<float>(-1.2f, 1.2f)(random);
 }
 
-struct Samples {
-  explicit Samples(size_t count) : x(count), y(count), m(count), colours(count) {
-    std::mt19937 random(7);
-    for (size_t i = 0; i < count; ++i) {
-      x[i] = AnyPosition(random);
-      y[i] = AnyPosition(random);
-      m[i] = random() % 4 == 0 ? 0 : static_cast<uint8_t>(random());
-      colours[i] = static_cast<uint32_t>(random());  // the upper byte is to be ignored
-    }
-  }
-  std::vector<float> x, y;
-  std::vector<uint8_t> m;
-  std::vector<uint32_t> colours;
-};
-
 // The whole block against its samples packed singly, into an area that must stay untouched behind it.
 void CheckBlock(uint32_t format, const SampleSource& block, PackPath path) {
   const size_t width = protocol::BytesPerSample(format);
-  std::vector<uint8_t> out(block.count * width + 16, 0xEE);
-  std::vector<uint8_t> expected = out;
+  Bytes out(block.count * width + 16, 0xEE);
+  Bytes expected = out;
   PackSamples(format, block, out.data(), path);
   for (size_t k = 0; k < block.count; ++k) {
     const size_t j = (k + block.start) % block.count;
@@ -93,18 +77,25 @@ void CheckBlock(uint32_t format, const SampleSource& block, PackPath path) {
     const SampleSource one = {&block.x[j], &block.y[j], &block.m[jd], &block.colours[jd], block.gamma, 1, 0, 0};
     PackSamples(format, one, &expected[k * width], PackPath::portable);
   }
-  ASSERT_EQ(Hex(out.data(), out.size()), Hex(expected.data(), expected.size()))
+  ASSERT_TRUE(out == expected)
       << "format " << format << " count " << block.count << " start " << block.start << " delay " << block.delay;
 }
 
 // Blocks about the lengths where an inner loop hands over to another, all wraps included.
 TEST(Packing, RotationAndDelayAreCircular) {
   const auto gamma = Gammas(0, 2, 0.5f);  // 0: black shines, also where it comes from blanking
+  std::mt19937 random(7);
+  std::vector<float> x(1000), y(1000);
+  std::vector<uint8_t> m(1000);
+  std::vector<uint32_t> colours(1000);
+  std::generate(x.begin(), x.end(), [&] { return AnyPosition(random); });
+  std::generate(y.begin(), y.end(), [&] { return AnyPosition(random); });
+  std::generate(m.begin(), m.end(), [&] { return static_cast<uint8_t>(random() % 4 == 0 ? 0 : random()); });
+  std::generate(colours.begin(), colours.end(), std::ref(random));  // the upper byte is to be ignored
   for (const size_t count : {1u, 2u, 4u, 11u, 12u, 13u, 20u, 255u, 256u, 257u, 1000u}) {
-    const Samples s(count);
     for (const size_t start : {size_t{0}, count / 3, count - 1}) {
       for (const size_t delay : {size_t{0}, std::min<size_t>(1, count - 1), count / 2, count - 1}) {
-        const SampleSource block = {s.x.data(), s.y.data(), s.m.data(), s.colours.data(), &gamma, count, start, delay};
+        const SampleSource block = {x.data(), y.data(), m.data(), colours.data(), &gamma, count, start, delay};
         for (uint32_t format = 0; format < 5; ++format) {
           for (const PackPath path : {PackPath::portable, FastestPackPath()}) CheckBlock(format, block, path);
         }
@@ -141,29 +132,27 @@ TEST_F(Stream, MarksAreDelayed) {
     std::string expected = "B5 B0 2B B1 09 14 00 00 0A | B5 B0 2B B2 06 0A |";
     for (int i = 0; i < 4; ++i) expected += std::string(" FF 7F 00 00 0") + "ABCD"[(c.firstMark + i) % 4];
     EXPECT_EQ(SentBlock(x, y, 4, c.delay, false), expected) << c.state << " " << c.mode << " " << c.delay;
-    EXPECT_EQ(port->WriteTimeouts().back(), 0xFFFFFFFFu);
   }
 }
 
 TEST_F(Stream, CountsAreLimited) {
   std::vector<float> many(30001, 0.0f);
   std::vector<unsigned char> marks(30001, 1);
-  const auto send = [&] { device.SendDataStream(many.data(), many.data(), marks.data(), 30001, 0, false); };
-  EXPECT_EQ(Sent(send).substr(0, 26), "B5 B0 2B B1 09 F0 49 02 0A");  // 150000 bytes
-  const struct {
-    float *x, *y;
-    unsigned char* m;
-    unsigned count;
-  } kRefused[] = {{x, y, m, 0}, {nullptr, y, m, 4}, {x, nullptr, m, 4}, {x, y, nullptr, 4}};
-  for (const auto& c : kRefused) {
-    EXPECT_EQ(Sent([&] { device.SendDataStream(c.x, c.y, c.m, c.count, 0, false); }), "");
+  EXPECT_EQ(Sent([&] { device.SendDataStream(many.data(), many.data(), marks.data(), 30001, 0, false); }).substr(0, 26),
+            "B5 B0 2B B1 09 F0 49 02 0A");  // 150000 bytes
+  const std::function<void()> kRefused[] = {[&] { device.SendDataStream(x, y, m, 0, 0, false); },
+                                            [&] { device.SendDataStream(nullptr, y, m, 4, 0, false); },
+                                            [&] { device.SendDataStream(x, nullptr, m, 4, 0, false); },
+                                            [&] { device.SendDataStream(x, y, nullptr, 4, 0, false); }};
+  for (const auto& call : kRefused) {
+    EXPECT_EQ(Sent(call), "");
     EXPECT_EQ(device.GetLastError(), ErrorInvalidValue);
   }
 }
 
 TEST_F(Stream, TheBlockBeginsNearestToTheStopPosition) {
   SetState(0);
-  port->Answer(0xF2, kAck + Bytes{0x00, 0xC0, 0x00, 0xC0, 5, 0, 0, 0, 0});
+  port->Answer(0xF2, kAck + FromHex("00 C0 00 C0 05 00 00 00 00"));
   device.StopDataStream();  // at 0.5, 0.5
   const struct {
     const char* name;
@@ -191,68 +180,45 @@ TEST_F(Stream, AnUnknownFormatSendsWhatTheAreaHolds) {
 }
 
 TEST_F(Stream, FaultsEndASendWhereTheyHappen) {
-  SetState(0);
-  const std::string announce = "B5 B0 2B B1 09 05 00 00 0A", follows = announce + " | B5 B0 2B B2 06 0A",
-                    block = follows + " | FF 7F 00 00 0A";
-  const struct {
-    const char* name;
-    Bytes toAnnounce, toFollows, toBlock;
-    std::string writes;
-    ZRVError error;
-  } kCases[] = {{"announce lost", {}, kAck, kAck, announce, ErrorSerialComm},
-                {"announce refused", {1, 2, 3}, kAck, kAck, announce, ErrorBadAcknowledge},
-                {"follows lost", kAck, {}, kAck, follows, ErrorSerialComm},
-                {"block lost", kAck, kAck, {0xB5, 0xB0}, block, ErrorSerialComm},
-                {"block refused", kAck, kAck, {0xB5, 0xB0, 0x2B}, block, ErrorBadAcknowledge}};
-  for (const auto& c : kCases) {
-    SCOPED_TRACE(c.name);
-    port->Answer(0xB1, c.toAnnounce);
-    port->Answer(0xB2, c.toFollows);
-    port->afterBlock = c.toBlock;
-    EXPECT_EQ(SentBlock(x, y, 1, 0, false), c.writes + " | " + kResync);
-    EXPECT_EQ(device.GetLastError(), c.error);
-  }
+  const std::string announce = "B5 B0 2B B1 09 05 00 00 0A | ", follows = announce + "B5 B0 2B B2 06 0A | ";
+  port->once[0xB2] = {};
+  EXPECT_EQ(SentBlock(x, y, 1, 0, false), follows + kResync);
+  port->once[0xB1] = {1, 2, 3};
+  EXPECT_EQ(SentBlock(x, y, 1, 0, false), announce + kResync);
+  EXPECT_EQ(device.GetLastError(), ErrorBadAcknowledge);
+  port->afterBlock = {0xB5, 0xB0, 0x2B};
+  EXPECT_EQ(SentBlock(x, y, 1, 0, false), follows + "FF 7F 00 00 0A | " + kResync);
+  EXPECT_EQ(device.GetLastError(), ErrorBadAcknowledge);
 }
 
 TEST_F(Stream, StartVariantsAndTheWaitForTheEnd) {
-  const struct {
-    int repeat;
-    bool wait;
-    const char* wire;
-    std::vector<unsigned> waits;
-  } kCases[] = {{0, true, "B5 B0 2B F1 06 0A", {2000}},
-                {-7, false, "B5 B0 2B F1 06 0A", {2000}},
-                {1, false, "B5 B0 2B F5 07 01 0A", {2000}},
-                {100, false, "B5 B0 2B F5 07 20 0A", {2000}},
-                {2, true, "B5 B0 2B F3 07 02 0A", {2000, 2 * 1000 * 30000 / 20000 + 2000}}};
-  for (const auto& c : kCases) {
-    EXPECT_EQ(Sent([&] { device.StartDataStream(c.repeat, c.wait); }), c.wire);
-    EXPECT_EQ(port->TakeWaits(), c.waits) << c.wire;
-    EXPECT_EQ(device.GetLastError(), ErrorNone) << c.wire;
+  const std::tuple<int, bool, const char*, std::vector<unsigned>> kCases[] = {
+      {0, true, "B5 B0 2B F1 06 0A", {2000}},
+      {-7, false, "B5 B0 2B F1 06 0A", {2000}},
+      {100, false, "B5 B0 2B F5 07 20 0A", {2000}},
+      {2, true, "B5 B0 2B F3 07 02 0A", {2000, 2 * 1000 * 30000 / 20000 + 2000}}};
+  for (const auto& [repeat, wait, wire, waits] : kCases) {
+    EXPECT_EQ(Sent([&, r = repeat, w = wait] { device.StartDataStream(r, w); }), wire);
+    EXPECT_EQ(port->TakeWaits(), waits) << wire;
+    EXPECT_EQ(device.GetLastError(), ErrorNone) << wire;
   }
-  for (const Bytes& end : {Bytes{}, Bytes{0xB5, 0xB0, 0x2B}}) {
-    port->Answer(0xF3, kAck + end);
-    EXPECT_EQ(Sent([&] { device.StartDataStream(1, true); }), std::string("B5 B0 2B F3 07 01 0A | ") + kResync);
-    EXPECT_EQ(device.GetLastError(), ErrorSerialComm);
-  }
+  port->Answer(0xF3, kAck + Bytes{0xB5, 0xB0, 0x2B});
+  EXPECT_EQ(Sent([&] { device.StartDataStream(1, true); }), std::string("B5 B0 2B F3 07 01 0A | ") + kResync);
+  EXPECT_EQ(device.GetLastError(), ErrorSerialComm);
 }
 
 TEST_F(Stream, StopValues) {
-  const auto stopped = [&] {
+  const auto stopped = [&](const Bytes& answer) {
+    port->Answer(0xF2, answer);
     device.StopDataStream();
-    return std::tuple(device.GetXStop(), device.GetYStop(), device.GetMStop(), device.GetIStop());
+    return std::tuple(device.GetXStop(), device.GetYStop(), int{device.GetMStop()}, device.GetIStop());
   };
   const std::tuple whole(65535.0f / 32768 - 1, -1.0f, 0x81, 0x12345678u);  // full scale x: 0.99997
-  port->Answer(0xF2, kAck + Bytes{0xFF, 0xFF, 0x00, 0x00, 0x81, 0x78, 0x56, 0x34, 0x12});
-  EXPECT_EQ(stopped(), whole);
-  port->Answer(0xF2, {});  // not acknowledged: the values stay
-  EXPECT_EQ(stopped(), whole);
+  EXPECT_EQ(stopped(kAck + FromHex("FF FF 00 00 81 78 56 34 12")), whole);
+  EXPECT_EQ(stopped({}), whole);  // not acknowledged: the values stay
   EXPECT_EQ(device.GetLastError(), ErrorSerialComm);
-  for (uint8_t length = 0; length < 9; ++length) {
-    port->Answer(0xF2, kAck + Bytes(length, 0x55));
-    EXPECT_EQ(stopped(), std::tuple(0.0f, 0.0f, 0x81, 0u));
-    EXPECT_EQ(device.GetLastError(), ErrorDeviceResponse);
-  }
+  EXPECT_EQ(stopped(kAck + Bytes(8, 0x55)), std::tuple(0.0f, 0.0f, 0x81, 0u));
+  EXPECT_EQ(device.GetLastError(), ErrorDeviceResponse);
 }
 
 }  // namespace
