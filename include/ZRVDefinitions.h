@@ -331,7 +331,7 @@ typedef struct ZRVLissajousSettings {
   float Amplitude ZRV_DEFAULT(0.9f);
   unsigned int FreqX ZRV_DEFAULT(3);      /* periods a frame */
   unsigned int FreqY ZRV_DEFAULT(4);
-  float Phase ZRV_DEFAULT(1.5707964f);    /* of Y */
+  float Phase ZRV_DEFAULT(0.0f);          /* of Y */
   ZRVModulation Modulation ZRV_DEFAULT(ModulateNothing);
   float ModDepth ZRV_DEFAULT(0.5f);       /* radians for the phase */
   unsigned int ModFreq ZRV_DEFAULT(1);    /* periods a frame */

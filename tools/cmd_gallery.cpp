@@ -50,10 +50,10 @@ SheetSection Curves() {
            TileOf("Lissajous 3:4", "lissajous", {}),
            TileOf("Lissajous, triangle wave", "lissajous", {{"wave", "triangle"}}),
            TileOf("amplitude modulation", "lissajous",
-                  {{"freq-x", "20"}, {"freq-y", "20"}, {"modulation", "amplitude"}, {"mod-depth", "1"},
+                  {{"freq-x", "20"}, {"freq-y", "20"}, {"phase", "90"}, {"modulation", "amplitude"}, {"mod-depth", "1"},
                    {"mod-freq", "3"}, {"amplitude", "0.6"}}),
            TileOf("phase modulation", "lissajous",
-                  {{"freq-x", "1"}, {"freq-y", "2"}, {"modulation", "phase"}, {"mod-freq", "5"}}),
+                  {{"freq-x", "1"}, {"freq-y", "2"}, {"phase", "90"}, {"modulation", "phase"}, {"mod-freq", "5"}}),
            TileOf("clock, 10:08:30", "clock", {{"time", "10:08:30"}}),
            TileOf("dynamics", "dynamics", {})}};
 }
@@ -171,6 +171,7 @@ void Gallery(const std::string& output) {
                                         Animations(), Filters(), Rasters()};
   sections.push_back(Fonts());
   sections.push_back(DrawingsAndBurns(scratch.File("drawing.ild")));
+  sections.push_back(Composites(scratch.File("drawing.ild")));
   DrawSheet(output, "What zrv can draw", sections, 8);
   std::printf("picture in %s\n", output.c_str());
 }

@@ -157,7 +157,7 @@ std::vector<Kind> CurveKinds() {
        "lissajous --freq-x 3 --freq-y 4 -o figure.txt --preview figure.png",
        {{"freq-x", Count, "3", "periods of X", 0, 100000},
         {"freq-y", Count, "4", "periods of Y", 0, 100000},
-        {"phase", Number, "90", "phase of Y, degrees", -3600, 3600},
+        {"phase", Number, "0", "phase of Y, degrees", -3600, 3600},
         kWave,
         {"modulation", Choice, "none", "what the modulation changes", 0, 0, "none|amplitude|phase"},
         {"mod-depth", Number, "0.5", "depth of the modulation (phase: radians)", 0, 100},
