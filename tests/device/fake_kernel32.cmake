@@ -2,7 +2,6 @@
 # every source, the library's included, so that their calls mean the fakes.
 set(serial ${PROJECT_SOURCE_DIR}/device/serial)
 add_executable(serial_faults_tests
-  fake_kernel32.cpp
   ports_win32_test.cpp
   serial_io_win32_faults_test.cpp
   ${serial}/ports.cpp
