@@ -1,0 +1,60 @@
+# Compares what the library exports (EXPORTS: a linker's listing for a DLL; else LIBRARY, read with NM) with LISTING,
+# or writes LISTING when UPDATE is on. HEADER declares the functions with plain names; DEF lists them for a DLL.
+cmake_minimum_required(VERSION 3.25)
+if(EXPORTS)
+  file(STRINGS ${EXPORTS} symbols REGEX " @[0-9]")
+  list(TRANSFORM symbols REPLACE "^ *([^ ]+) .*" "\\1")
+else()
+  execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY} OUTPUT_VARIABLE lines COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX REPLACE "[0-9a-f]+ [A-Za-z] ([^\n]+)\n" "\\1;" symbols "${lines}")
+endif()
+list(JOIN symbols "\n" symbols)
+file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/mangled.txt "${symbols}\n")
+execute_process(COMMAND ${CXXFILT} INPUT_FILE ${CMAKE_CURRENT_BINARY_DIR}/mangled.txt OUTPUT_VARIABLE exported
+  OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+string(REPLACE "\n" ";" exported "${exported}")
+list(REMOVE_DUPLICATES exported)  # a constructor has two symbols of one name
+list(SORT exported)
+
+if(UPDATE)
+  list(JOIN exported "\n" text)
+  file(WRITE ${LISTING} "${text}\n")
+endif()
+
+# Adds what is in one list alone to the complaints.
+set(complaints "")
+function(compare what)
+  cmake_parse_arguments(arg "" "" "IS;SHOULD_BE" ${ARGN})
+  set(missing ${arg_SHOULD_BE})
+  set(extra ${arg_IS})
+  list(REMOVE_ITEM missing ${arg_IS} "")
+  list(REMOVE_ITEM extra ${arg_SHOULD_BE} "")
+  foreach(name IN LISTS missing)
+    string(APPEND complaints "\n  ${what} lacks ${name}")
+  endforeach()
+  foreach(name IN LISTS extra)
+    string(APPEND complaints "\n  ${what} has ${name}")
+  endforeach()
+  set(complaints "${complaints}" PARENT_SCOPE)
+endfunction()
+
+file(STRINGS ${LISTING} listed)
+if(EXPORTS)
+  list(FILTER listed EXCLUDE REGEX "^typeinfo name for ")  # a DLL keeps these to itself
+endif()
+compare("the library" IS ${exported} SHOULD_BE ${listed})
+
+file(STRINGS ${HEADER} declared REGEX "^ZRV_API .*ZRV[A-Za-z0-9]+\\(")
+list(TRANSFORM declared REPLACE "^ZRV_API .*[ *](ZRV[A-Za-z0-9]+)\\(.*" "\\1")
+set(plain ${exported})
+list(FILTER plain INCLUDE REGEX "^[A-Za-z0-9_]+$")
+compare("of plain names, the library" IS ${plain} SHOULD_BE ${declared})
+if(DEF)
+  file(STRINGS ${DEF} flat REGEX "^  [A-Za-z]")
+  list(TRANSFORM flat STRIP)
+  compare("zrv.def" IS ${flat} SHOULD_BE ${declared})
+endif()
+
+if(complaints)
+  message(FATAL_ERROR "${complaints}\nIf that is meant to be: cmake --build BUILD --target update_abi, then commit abi/")
+endif()
