@@ -1,4 +1,4 @@
-// The whole way through a serial port: discovery in a port directory, connecting, and the example programs, with the
+// The whole way through a serial port: discovery in a port directory, connecting, and the C example, with the
 // simulated controller on a pseudo-terminal.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -106,15 +106,6 @@ TEST_F(SerialPort, TheCExampleFindsAControllerByItself) {
   ExpectCircle(controller, ::testing::internal::GetCapturedStdout(),
                "1 controller(s) found\n  ttyUSB0  Bench 4, firmware ZRVSIM 10.7");
 }
-
-#if defined(ZRV_PYTHON)
-TEST_F(SerialPort, ThePythonExampleRuns) {
-  sim::PseudoTerminal& controller = Plug("Bench 5");
-  ExpectCircle(controller, Run("'" ZRV_PYTHON "' -B '" ZRV_SOURCE_DIR "/examples/play_circle.py' --library '"
-                               ZRV_LIBRARY_FILE "' " + controller.Port()),
-               "connected to Bench 5, 20000 samples per second");
-}
-#endif
 
 }  // namespace
 }  // namespace zrv::testing
