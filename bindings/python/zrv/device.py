@@ -16,7 +16,7 @@ from .enums import Axes, Boot, DataMode, ErrorCode, Flash, Param, Sync
 from .errors import ZrvError
 from .flat import raw
 from .handle import Handle
-from .library import FileName, path_bytes
+from .library import FileName, path_bytes, readable_path
 from .records import DeviceParams, TrackParams, TrackStatus, whole
 from .scan import MAX_SAMPLES, Colours, Floats, Scan, whole_numbers
 
@@ -256,8 +256,7 @@ class Device(Handle):
 
     def load_params(self, path: FileName) -> None:
         """Applies a parameter file. OSError: it cannot be read."""
-        with open(path, "rb"):
-            self._call(f"load {os.fspath(path)}", "ZRVLoadDeviceParams", path_bytes(path))
+        self._call(f"load {os.fspath(path)}", "ZRVLoadDeviceParams", readable_path(path))
 
     def save_params(self, path: FileName) -> None:
         """Writes the parameters, as last read or set, to a parameter file."""

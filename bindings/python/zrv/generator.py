@@ -14,7 +14,7 @@ import numpy.typing as npt
 from .enums import ErrorCode, Profile, ScanPattern
 from .errors import ZrvError
 from .handle import Handle
-from .library import FileName, data_file, path_bytes
+from .library import FileName, data_file, path_bytes, readable_path
 from .records import (ClockSettings, ImportSettings, LissajousSettings, PatternSettings, ScanSettings, Settings,
                       SignalSettings, SpirographSettings, TextSettings, WaveformSettings, whole)
 from .scan import MAX_SAMPLES, Scan, floats, whole_numbers
@@ -47,12 +47,6 @@ def _takes(kind: Type[Settings]) -> Callable[[Method], Method]:
         method.__doc__ = f"{inspect.getdoc(method)}\n\n{kind.__name__}: {inspect.getdoc(kind)}\n\nScanSettings: {inspect.getdoc(ScanSettings)}"
         return method
     return with_signature
-
-
-def _existing(path: FileName) -> bytes:
-    """The name of a file that can be read. Raises OSError: the library's loaders report nothing."""
-    with open(path, "rb"):
-        return path_bytes(path)
 
 
 class DataGenerator(Handle):
@@ -121,7 +115,7 @@ class DataGenerator(Handle):
         """A drawing (ILDA Image Data Transfer Format), point file or point-time file. frames: those of a drawing to
         take, numbered from 1. OSError: the file cannot be read; ZrvError: it is of no such kind."""
         own = ImportSettings()
-        own._file_name = _existing(path)
+        own._file_name = readable_path(path)
         if frames is not None:
             numbers = whole_numbers("frames", frames, np.uint32, 0xFFFFFFFF)
             own._frames, own._num_frames = _owned(numbers, ctypes.c_uint), len(numbers)
@@ -207,7 +201,7 @@ class DataGenerator(Handle):
 
     def load_filter(self, path: FileName) -> None:
         """Reads the coefficients for FilterType.LOADED; docs/file-formats.md has the layout."""
-        self._run("ZRVLoadIIRFilterParams", _existing(path))
+        self._run("ZRVLoadIIRFilterParams", readable_path(path))
 
     def filter(self, scan: Scan, zero_phase: bool = False) -> Scan:
         """The scan through set_filter's filter. zero_phase: without delay, as for a scan that is played in a loop."""
@@ -235,7 +229,7 @@ class DataGenerator(Handle):
         if default is None:
             raise FileNotFoundError("the default font hershey.font is not there. It comes with a package that was "
                                     "installed from a built tree, and with the installed library; load_font takes others")
-        self._run("ZRVLoadHersheyFile", _existing(default))
+        self._run("ZRVLoadHersheyFile", readable_path(default))
         if not self.num_fonts:
             raise ValueError(f"{os.fspath(default)} holds no font")
         self._font_loaded = True

@@ -25,6 +25,13 @@ def path_bytes(path: FileName) -> bytes:
     return encoded
 
 
+def readable_path(path: FileName) -> bytes:
+    """The same of a file that can be read. Raises OSError: the library reports nothing of the kind."""
+    encoded = path_bytes(path)
+    with open(os.fspath(path), "rb"):
+        return encoded
+
+
 def _chosen() -> Optional[Path]:
     """The library that was named, or else the one within the package."""
     named = os.environ.get("ZRV_LIBRARY")

@@ -1,6 +1,7 @@
 """Samples that a controller plays."""
 from __future__ import annotations
 
+import os
 from dataclasses import dataclass
 from typing import Any, Dict, Optional, Tuple
 
@@ -99,6 +100,6 @@ class Scan:
     def save(self, path: FileName) -> None:
         """Writes a point file, which DataGenerator.import_file and the zrv command read. OSError when that fails."""
         from .generator import DataGenerator
-        with open(path, "wb"):  # the library does not report a file that cannot be written
+        with open(os.fspath(path), "wb"):  # the library does not report a file that cannot be written
             pass
         DataGenerator()._export(path, self)
