@@ -110,6 +110,7 @@ void Controller::Receive(std::span<const uint8_t> bytes, double now) {
   if (bytes.empty() || faults_.linkCut()) return;
   GiveUpAfterSilence();
   lastReceived_ = now_;
+  bytes = bytes.first(faults_.Accept(bytes.size()));
   while (!bytes.empty()) {
     if (blockFollows_) {
       bytes = bytes.subspan(ReceiveBlock(bytes));
@@ -138,8 +139,9 @@ void Controller::Execute(const Frame& frame) {
   const Reply reply = fits ? command->run(*this, payload) : std::nullopt;
   ++(reply ? accepted_ : rejected_);
   if (!reply) return;
-  if (command->acknowledged) Answer(frame.code, kAcknowledge);
-  Answer(frame.code, *reply, kAcknowledge.size());
+  std::vector<uint8_t> answer = *reply;
+  if (command->acknowledged) answer.insert(answer.begin(), kAcknowledge.begin(), kAcknowledge.end());
+  Answer(frame.code, answer);
   RunClock();
 }
 
@@ -162,6 +164,7 @@ void Controller::FinishBlock() {
 // --- What goes to the host ---
 
 void Controller::Answer(uint8_t code, std::span<const uint8_t> bytes, uint64_t firstByte) {
+  faults_.BeginAnswer(bytes.size());
   for (size_t i = 0; i < bytes.size(); ++i) {
     if (faults_.silent() || faults_.linkCut()) return;
     const auto fault = faults_.Next(code, firstByte + i);

@@ -1,5 +1,5 @@
-// Faults that a simulated controller is asked to make. They act on its answers byte by byte, whatever the
-// bytes mean: acknowledgements, answers and streams alike.
+// Faults that a simulated controller is asked to make. Most act on its answers byte by byte, whatever the bytes
+// mean: acknowledgements, answers and streams alike.
 //
 //   controller.faults().AtByte(2, Fault::Corrupt(0x01));           // third byte from now, once
 //   controller.faults().OnCommand(0xF2, Fault::Drop());            // every answer of the stop command
@@ -49,7 +49,13 @@ class Faults {
 
   // Each byte is dropped, corrupted, doubled or delayed by 10 ms with this probability, 0..1.
   void FailRandomly(double probability, uint32_t seed);
+  // So is one byte of an answer, with this probability for each answer.
+  void FailRandomAnswers(double probability, uint32_t seed);
 
+  // The link is gone behind the count-th byte from the host, 0: with the first one.
+  void CutAfterReceiving(uint64_t count) { cutAfter_ = count; }
+  // Behind so many bytes what the host sends is not taken from the line, which fills up.
+  void StopReceiving(uint64_t after = 0) { deafFrom_ = received_ + after; }
   void StopAnswering() { silent_ = true; }
   void StartChatter(Chatter chatter) { chatter_ = chatter; }
   void CutLink() { cut_ = true; }
@@ -57,10 +63,18 @@ class Faults {
   // A good controller again; a link that was cut stays cut.
   void Clear();
 
+  uint64_t bytesAnswered() const { return count_; }
+  uint64_t bytesReceived() const { return received_; }
+  uint64_t randomFaults() const { return drawn_; }
   bool silent() const { return silent_; }
+  bool deaf() const { return received_ >= deafFrom_; }
   bool linkCut() const { return cut_; }
   const std::optional<Chatter>& chatter() const { return chatter_; }
 
+  // An answer of so many bytes is about to go out.
+  void BeginAnswer(size_t bytes);
+  // Of so many bytes from the host, those that come through.
+  size_t Accept(size_t bytes);
   // What happens to the next answer byte, byteOfAnswer of the answer of command code.
   std::optional<Fault> Next(uint8_t code, uint64_t byteOfAnswer);
 
@@ -70,12 +84,15 @@ class Faults {
     Fault fault;
     int byteOfAnswer;
   };
-  std::optional<Fault> Draw();
+  bool Hits(double probability);
+  Fault DrawFault();
 
-  uint64_t count_ = 0;
+  uint64_t count_ = 0, received_ = 0, drawn_ = 0;
+  std::optional<uint64_t> cutAfter_;
+  uint64_t deafFrom_ = UINT64_MAX;
   std::map<uint64_t, Fault> atByte_;
   std::vector<OnCode> onCommand_;
-  double probability_ = 0;
+  double ofBytes_ = 0, ofAnswers_ = 0;  // probabilities
   std::mt19937 random_;
   bool silent_ = false;
   bool cut_ = false;

@@ -8,6 +8,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cmath>
 #include <ctime>
 #include <optional>
@@ -29,6 +30,7 @@ constexpr double kLongestWait = 60;  // seconds
 // would not see a client leave, and would go on answering nobody. What a client left unread in the terminal may still
 // reach the next one, as on a real line; connecting drops it.
 constexpr double kAbsentWait = 0.01;
+constexpr std::chrono::milliseconds kLastWords{20};
 
 // Finer than the milliseconds of poll, each of which would slow a line of real speed by a tenth of a kilobyte.
 timespec Duration(double seconds) {
@@ -59,8 +61,9 @@ struct PseudoTerminal::Server {
   // Answers go out before the next bytes are looked at, so that a command is answered without delay.
   void Serve() {
     while (!stopping) {
-      if (!Refill()) return Unplug();
+      const bool linked = Refill();
       Send();
+      if (!linked) return Unplug();
       if (!Receive()) Sleep();
     }
   }
@@ -69,22 +72,23 @@ struct PseudoTerminal::Server {
   bool Refill() {
     const std::lock_guard lock(mutex);
     controller.Advance(clock.Now());
-    if (controller.faults().linkCut()) return false;
     if (pending.empty()) {
       pending.resize(std::min(kChunk, controller.Available()));
       controller.Take(pending);
     }
     nextEvent = controller.NextEventTime();
-    return true;
+    deaf = controller.faults().deaf();
+    return !controller.faults().linkCut();
   }
 
   void Send() {
-    blocked = false;
+    blocked = said = false;
     if (!present) pending.clear();  // nobody listens
     if (pending.empty()) return output.Idle(clock.Now());
     const size_t count = std::min(pending.size(), output.Allowed(clock.Now()));
     if (count == 0) return;
     const ssize_t sent = write(terminal.controllerEnd.get(), pending.data(), count);
+    said = sent > 0;
     if (sent > 0) {
       output.Passed(static_cast<size_t>(sent));
       pending.erase(pending.begin(), pending.begin() + sent);
@@ -95,6 +99,7 @@ struct PseudoTerminal::Server {
 
   // True when something was read, and there may be more.
   bool Receive() {
+    if (deaf) return false;
     std::array<uint8_t, kChunk> bytes;
     const double now = clock.Now();
     const size_t allowed = std::min(bytes.size(), MayRead(now));
@@ -138,7 +143,7 @@ struct PseudoTerminal::Server {
   }
 
   void Sleep() {
-    const bool listen = inputTime == Controller::kNever;
+    const bool listen = inputTime == Controller::kNever && !deaf;
     const auto events = static_cast<short>((listen ? POLLIN : 0) | (blocked ? POLLOUT : 0));
     const int fd = present && events != 0 ? terminal.controllerEnd.get() : -1;
     std::array<pollfd, 2> fds = {{{wake.readable(), POLLIN, 0}, {fd, events, 0}}};
@@ -147,7 +152,9 @@ struct PseudoTerminal::Server {
     if (ready > 0 && fds[0].revents != 0) wake.Drain();
   }
 
+  // A hang-up takes along what the client has not read: what was said just before is given the time to arrive.
   void Unplug() {
+    if (said) std::this_thread::sleep_for(kLastWords);
     link.reset();
     terminal.controllerEnd.Close();
     running = false;
@@ -167,6 +174,8 @@ struct PseudoTerminal::Server {
   Pacer input, output;
   std::vector<uint8_t> pending;  // taken from the controller, not yet sent
   bool blocked = false;          // the terminal takes no more for now
+  bool said = false;             // the last Send() sent something
+  bool deaf = false;
   bool present = true;           // somebody has the port open
   bool inputBusy = false;
   double inputTime = Controller::kNever;

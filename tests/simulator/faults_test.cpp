@@ -23,10 +23,11 @@ const FaultCase kFaults[] = {
     {"one byte of it", [](Faults& f) { f.OnCommand(0xF4, Fault::Drop(), 3); }, kAck + " 11", kAck + " 11"},
     {"another command", [](Faults& f) { f.OnCommand(0xF2, Fault::Drop()); }, kGood, kGood},
     {"cut in mid-answer", [](Faults& f) { f.AtByte(3, Fault::Cut()); }, kAck, ""},
+    {"cut in mid-command", [](Faults& f) { f.CutAfterReceiving(9); }, kGood, ""},
     {"cleared",
      [](Faults& f) {
        f.StopAnswering(), f.OnCommand(0xF4, Fault::Drop()), f.AtByte(0, Fault::Drop());
-       f.FailRandomly(1, 1), f.StartChatter({}), f.Clear();
+       f.FailRandomly(1, 1), f.FailRandomAnswers(1, 1), f.StartChatter({}), f.CutAfterReceiving(1), f.Clear();
      },
      kGood, kGood},
 };
