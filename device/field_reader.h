@@ -19,8 +19,8 @@ class ZRVDevice::FieldReader {
   // The next width bytes (1..4), least significant first.
   uint32_t Uint(unsigned int width) {
     std::array<uint8_t, 4> bytes{};
-    arrived_ = device_.ReadAnswer(bytes.data(), width, kFieldTimeoutMs);
-    complete_ &= arrived_;
+    arrived_ = device_.ReadBytes(bytes.data(), width, kFieldTimeoutMs);
+    Expect(arrived_);
     return zrv::LittleEndianReader(bytes).U32() & (0xFFFFFFFFu >> (32 - 8 * width));
   }
 
@@ -30,14 +30,25 @@ class ZRVDevice::FieldReader {
   template <size_t size>
   void Text(char (&field)[size]) {
     std::string line;
-    complete_ &= device_.ReadAnswerLine(line);
+    Expect(device_.ReadAnswerLine(line));
     std::snprintf(field, size, "%s", line.c_str());
   }
 
-  bool arrived() const { return arrived_; }    // the last number
-  bool complete() const { return complete_; }  // all so far
+  bool arrived() const { return arrived_; }  // the last number
+
+  // Whether all fields arrived, and nothing behind the last one, which would mean that they are shifted.
+  bool EndsWell() {
+    Expect(!device_.DropStaleBytes());
+    return complete_;
+  }
 
  private:
+  void Expect(bool good) {
+    if (good) return;
+    device_.lastError_ = ErrorDeviceResponse;
+    complete_ = false;
+  }
+
   static constexpr unsigned int kFieldTimeoutMs = 50;
 
   ZRVDevice& device_;

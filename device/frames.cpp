@@ -41,6 +41,7 @@ bool ZRVDevice::Connected() {
 bool ZRVDevice::SendSerialCommand(bool waitForAcknowledge) {
   lastError_ = ErrorNone;
   if (!Connected()) return false;
+  if (waitForAcknowledge) DropStaleBytes();
   const auto frame = Shared().command.Frame();
   const auto length = static_cast<unsigned int>(frame.size());
   if (port_->Write(frame.data(), length, nullptr, ZRVSerialIO::kInfinite) != ZRVSerialIO::kOk) {
@@ -75,8 +76,9 @@ bool ZRVDevice::ReadBytes(void* bytes, unsigned int count, unsigned int timeoutM
   return port_->Read(bytes, count, nullptr, timeoutMs, ZRVSerialIO::kWaitForAll) == ZRVSerialIO::kOk;
 }
 
-bool ZRVDevice::ReadAnswer(void* answer, unsigned int count, unsigned int timeoutMs) {
-  if (ReadBytes(answer, count, timeoutMs)) return true;
+// An answer too long is as wrong as one too short: a doubled byte has shifted what follows it.
+bool ZRVDevice::ReadAnswer(void* answer, unsigned int count) {
+  if (ReadBytes(answer, count, Shared().readTimeoutMs) && !DropStaleBytes()) return true;
   lastError_ = ErrorDeviceResponse;
   return false;
 }
@@ -85,7 +87,7 @@ bool ZRVDevice::ReadAnswer(void* answer, unsigned int count, unsigned int timeou
 // came all the same, it counts.
 bool ZRVDevice::Query(unsigned char code, void* answer, unsigned int count) {
   Command(code);
-  if (!ReadAnswer(answer, count, Shared().readTimeoutMs)) return false;
+  if (!ReadAnswer(answer, count)) return false;
   lastError_ = ErrorNone;
   return true;
 }
@@ -96,6 +98,17 @@ bool ZRVDevice::ReadAnswerLine(std::string& line) {
   text.back() = '\0';
   line = text.data();
   return status == ZRVSerialIO::kOk;
+}
+
+// What is here before a command is sent, or behind its answer, belongs to neither: the rest of an answer that was
+// given up, one that came too late, a byte that the line doubled. Returns whether there was any.
+bool ZRVDevice::DropStaleBytes() {
+  std::array<uint8_t, 64> bytes{};
+  unsigned int received = 0;
+  const auto most = static_cast<unsigned int>(bytes.size());
+  port_->Read(bytes.data(), most, &received, 0, ZRVSerialIO::kReturnAtOnce);
+  if (received == most) ClearInputBuffer();
+  return received > 0;
 }
 
 void ZRVDevice::ClearInputBuffer() {
@@ -123,9 +136,10 @@ void ZRVDevice::SendSerialReset() {
 void ZRVDevice::ResetDevice() { Command(kCmdReset); }
 
 bool ZRVDevice::IsDeviceResponding() {
+  if (port_ != nullptr) DropStaleBytes();
   if (!Command(kCmdIsResponding, false)) return false;
   std::array<uint8_t, kAcknowledge.size()> answer{};
-  if (!ReadAnswer(answer.data(), static_cast<unsigned int>(answer.size()), Shared().readTimeoutMs)) {
+  if (!ReadBytes(answer.data(), static_cast<unsigned int>(answer.size()), Shared().readTimeoutMs)) {
     lastError_ = ErrorSerialComm;
     return false;
   }

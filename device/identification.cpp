@@ -54,6 +54,7 @@ void ZRVDevice::GetDeviceParams(ZRVDeviceParams* params) {
   GetOutputOffsets();
   if (!complete) lastError_ = ErrorDeviceResponse;  // also when the offsets arrived
   if (lastError_ == ErrorNone && ReadLimits()) params_->ParamsValid = 1;
+  if (params_->ParamsValid != 0) doubtful_.reset();
   *params = *params_;
   if (params->ParamsValid == 0) {  // the caller sees what arrived; the device trusts none of it
     *params_ = before;
@@ -100,7 +101,7 @@ bool ZRVDevice::ReadIdentification() {
   p.BufferOffset = in.Uint(3);
   p.BootSetting = static_cast<ZRVBoot>(in.Uint(2));
   p.DataMode = static_cast<ZRVDataMode>(in.Uint(1));
-  return in.complete();
+  return in.EndsWell();
 }
 
 bool ZRVDevice::ReadLimits() {
@@ -119,13 +120,13 @@ bool ZRVDevice::ReadLimits() {
   p.LimitByte10 = in.Uint(1);
   p.VbiasMin = in.Uint(1);
   p.VbiasMax = in.Uint(1);
-  return in.complete();
+  return in.EndsWell();
 }
 
 void ZRVDevice::GetOutputOffsets() {
   if (!Command(kCmdGetOutputOffsets)) return;
   std::array<uint8_t, kOffsetsAnswerBytes> answer{};
-  if (!ReadAnswer(answer.data(), kOffsetsAnswerBytes, Shared().readTimeoutMs)) return;
+  if (!ReadAnswer(answer.data(), kOffsetsAnswerBytes)) return;
   LittleEndianReader in(answer);
   params_->XOffset = DecodeOffset(in.U16());
   params_->YOffset = DecodeOffset(in.U16());

@@ -85,24 +85,27 @@ struct ZRVDevice::SwitchSetter {
   uint8_t codeOn;
 };
 
-// Compare with the cache, send, store on success. requested is what the caller asked for, accepted what
+// Compare with the cache, send, store on success. After a failure the controller may have obeyed all the same: the
+// next value is then sent whatever the cache says. requested is what the caller asked for, accepted what
 // became of it within its limits.
 template <typename T>
 void ZRVDevice::Apply(const Setter<T>& setter, T requested, T accepted) {
   T& cached = (*params_).*setter.field;
-  if (cached == requested) return;
+  if (cached == requested && !doubtful_[setter.code]) return;
   if constexpr (std::is_same_v<T, float>) {
     if (std::isnan(accepted)) return Refuse();
   }
   NewCommand(setter.code).Put(setter.encode(accepted), setter.payloadBytes);
-  if (SendSerialCommand(setter.acknowledged)) cached = accepted;
+  doubtful_[setter.code] = !SendSerialCommand(setter.acknowledged);
+  if (!doubtful_[setter.code]) cached = accepted;
 }
 
 void ZRVDevice::Apply(const SwitchSetter& setter, unsigned int enable) {
   unsigned int& cached = (*params_).*setter.field;
-  if (cached == enable) return;
+  if (cached == enable && !doubtful_[setter.codeOn]) return;
   if (enable > 1) return Refuse();
-  if (Command(static_cast<uint8_t>(enable == 1 ? setter.codeOn : setter.codeOn - 1))) cached = enable;
+  doubtful_[setter.codeOn] = !Command(static_cast<uint8_t>(enable == 1 ? setter.codeOn : setter.codeOn - 1));
+  if (!doubtful_[setter.codeOn]) cached = enable;
 }
 
 void ZRVDevice::Refuse() { lastError_ = ErrorInvalidValue; }
@@ -149,7 +152,7 @@ void ZRVDevice::SetBufferOffset(unsigned int samples) {
 
 void ZRVDevice::SetDeviceAxes(ZRVAxes axes) {
   constexpr Setter<ZRVAxes> kAxes = {&P::DeviceAxes, kCmdSetDeviceAxes, 1, true, EncodeEnum};
-  if (axes >= kAxesCount) return Refuse();
+  if (axes >= kAxesCount && axes != params_->DeviceAxes) return Refuse();
   Apply(kAxes, axes, axes);
 }
 
@@ -207,8 +210,9 @@ bool ZRVDevice::SendName(unsigned char code, const char* name) {
 void ZRVDevice::SetDeviceName(const char* name) {
   lastError_ = ErrorNone;
   if (!IsNameValid(name)) return Refuse();
-  if (std::strcmp(name, params_->DeviceName) == 0) return;
-  if (!SendName(kCmdSetDeviceName, name)) return;
+  if (std::strcmp(name, params_->DeviceName) == 0 && !doubtful_[kCmdSetDeviceName]) return;
+  doubtful_[kCmdSetDeviceName] = !SendName(kCmdSetDeviceName, name);
+  if (doubtful_[kCmdSetDeviceName]) return;
   std::snprintf(params_->DeviceName, sizeof params_->DeviceName, "%s", name);
   ZRVDeviceParams scratch;
   GetDeviceParams(&scratch);
@@ -240,10 +244,10 @@ void ZRVDevice::CheckReadOnly(const ZRVDeviceParams& wanted) {
   }
 }
 
-// One field of a record: through its setter when it is given and new. The worst error stays.
+// One field of a record: through its setter, which compares, when it is given. The worst error stays.
 template <typename T>
-void ZRVDevice::ApplyChanged(T wanted, T current, void (ZRVDevice::*set)(T)) {
-  if (wanted == current || !IsGiven(wanted)) return;
+void ZRVDevice::ApplyGiven(T wanted, void (ZRVDevice::*set)(T)) {
+  if (!IsGiven(wanted)) return;
   const ZRVError soFar = lastError_;
   (this->*set)(wanted);
   lastError_ = std::max(lastError_, soFar);
@@ -269,11 +273,11 @@ void ZRVDevice::SetDeviceParams(ZRVDeviceParams* params) {
   CheckReadOnly(wanted);
 
   const ZRVDeviceParams& current = *params_;
-  ApplyChanged(wanted.USARTBaudRate, current.USARTBaudRate, &ZRVDevice::SetUSARTBaudRate);
-  ApplyChanged(wanted.SampleRate, current.SampleRate, &ZRVDevice::SetSampleRate);
-  ApplyChanged(wanted.HardwareFilterBw, current.HardwareFilterBw, &ZRVDevice::SetHardwareFilterBw);
-  ApplyChanged(wanted.VdifferenceMax, current.VdifferenceMax, &ZRVDevice::SetVdifferenceMax);
-  ApplyChanged(wanted.Vbias, current.Vbias, &ZRVDevice::SetVbias);
+  ApplyGiven(wanted.USARTBaudRate, &ZRVDevice::SetUSARTBaudRate);
+  ApplyGiven(wanted.SampleRate, &ZRVDevice::SetSampleRate);
+  ApplyGiven(wanted.HardwareFilterBw, &ZRVDevice::SetHardwareFilterBw);
+  ApplyGiven(wanted.VdifferenceMax, &ZRVDevice::SetVdifferenceMax);
+  ApplyGiven(wanted.Vbias, &ZRVDevice::SetVbias);
   const float x = IsGiven(wanted.XOffset) ? wanted.XOffset : current.XOffset;
   const float y = IsGiven(wanted.YOffset) ? wanted.YOffset : current.YOffset;
   if (x != current.XOffset || y != current.YOffset) {
@@ -281,16 +285,16 @@ void ZRVDevice::SetDeviceParams(ZRVDeviceParams* params) {
     SetOutputOffsets(x, y);
     lastError_ = std::max(lastError_, soFar);
   }
-  ApplyChanged(wanted.DataScale, current.DataScale, &ZRVDevice::SetDataScale);
-  ApplyChanged(wanted.DataRotation, current.DataRotation, &ZRVDevice::SetDataRotation);
-  ApplyChanged(wanted.MEMSDriverEnable, current.MEMSDriverEnable, &ZRVDevice::SetMEMSDriverEnable);
-  ApplyChanged(wanted.DigitalOutputEnable, current.DigitalOutputEnable, &ZRVDevice::SetDigitalOutputEnable);
-  ApplyChanged(wanted.LaserModulationEnable, current.LaserModulationEnable, &ZRVDevice::SetLaserModulationEnable);
-  ApplyChanged(wanted.BufferOffset, current.BufferOffset, &ZRVDevice::SetBufferOffset);
-  ApplyChanged(wanted.DeviceAxes, current.DeviceAxes, &ZRVDevice::SetDeviceAxes);
-  ApplyChanged(wanted.BootSetting, current.BootSetting, &ZRVDevice::SetBootParams);
-  ApplyChanged(wanted.DataMode, current.DataMode, &ZRVDevice::SetDataMode);
-  ApplyChanged(wanted.SyncMode, current.SyncMode, &ZRVDevice::SetSyncMode);
+  ApplyGiven(wanted.DataScale, &ZRVDevice::SetDataScale);
+  ApplyGiven(wanted.DataRotation, &ZRVDevice::SetDataRotation);
+  ApplyGiven(wanted.MEMSDriverEnable, &ZRVDevice::SetMEMSDriverEnable);
+  ApplyGiven(wanted.DigitalOutputEnable, &ZRVDevice::SetDigitalOutputEnable);
+  ApplyGiven(wanted.LaserModulationEnable, &ZRVDevice::SetLaserModulationEnable);
+  ApplyGiven(wanted.BufferOffset, &ZRVDevice::SetBufferOffset);
+  ApplyGiven(wanted.DeviceAxes, &ZRVDevice::SetDeviceAxes);
+  ApplyGiven(wanted.BootSetting, &ZRVDevice::SetBootParams);
+  if (wanted.DataMode != current.DataMode) ApplyGiven(wanted.DataMode, &ZRVDevice::SetDataMode);
+  ApplyGiven(wanted.SyncMode, &ZRVDevice::SetSyncMode);
 }
 
 // --- Single parameters -------------------------------------------------------------------------------

@@ -19,6 +19,7 @@ namespace {
 constexpr float kStopCountsPerUnit = 32768.0f;
 constexpr unsigned int kMaxBlockBytes = 0xFFFFFF;  // the announced length has 3 bytes
 constexpr int kMaxRepeats = 32;
+constexpr unsigned int kBlockSilenceMs = 1100;
 constexpr unsigned int kWhite = 0xFFFFFF;
 constexpr float kFarAway = 1e8f;
 constexpr float kNearEnough = 1e-8f;  // squared distance
@@ -69,10 +70,17 @@ void ZRVDevice::SendDataStream(float* x, float* y, unsigned char* m, unsigned in
   SendBlock(block.data(), numBytes);
 }
 
+// A controller that waits for the rest of a block takes whatever comes for it, until the line has been silent for a
+// second. One that may be waiting is given this silence here, so that the next command is not lost.
 bool ZRVDevice::SendBlock(const unsigned char* block, unsigned int numBytes) {
-  if (!Command(kCmdBlockFollows)) return false;
-  if (port_->Write(block, numBytes, nullptr, ZRVSerialIO::kInfinite) != ZRVSerialIO::kOk) return Fail(ErrorSerialComm);
-  return ReadAcknowledge(Shared().readTimeoutMs, ErrorBadAcknowledge);
+  if (Command(kCmdBlockFollows)) {
+    if (port_->Write(block, numBytes, nullptr, ZRVSerialIO::kInfinite) == ZRVSerialIO::kOk) {
+      return ReadAcknowledge(Shared().readTimeoutMs, ErrorBadAcknowledge);
+    }
+    Fail(ErrorSerialComm);
+  }
+  port_->Read(Shared().received.data(), kClearReadBytes, nullptr, kBlockSilenceMs, ZRVSerialIO::kWaitForAll);
+  return false;
 }
 
 // The sample nearest to where the output stopped; the first of equals. Stops looking at a hit.
@@ -112,7 +120,7 @@ void ZRVDevice::StopDataStream() {
   xStop_ = yStop_ = 0.0f;  // what callers see if the answer is lost
   iStop_ = 0;
   std::array<uint8_t, kStopAnswerBytes> answer{};
-  if (!ReadAnswer(answer.data(), kStopAnswerBytes, Shared().readTimeoutMs)) return;
+  if (!ReadAnswer(answer.data(), kStopAnswerBytes)) return;
   LittleEndianReader in(answer);
   xStop_ = in.U16() / kStopCountsPerUnit - 1.0f;
   yStop_ = in.U16() / kStopCountsPerUnit - 1.0f;

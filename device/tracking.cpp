@@ -81,6 +81,7 @@ void ZRVDevice::ReadTrackFields(ZRVTrackParams& params) {
   read(1, [](auto& p, uint32_t n) { p.BufferDelay = n; });
   read(1, [](auto& p, uint32_t n) { p.HitRatio = static_cast<float>(n) / kRatioCounts; });
   read(1, SetStateBits);
+  in.EndsWell();
 }
 
 ZRVTrackParams* ZRVDevice::GetTrackParams() {

@@ -13,7 +13,9 @@
 // GetLastError(). Without a connection calls set ErrorNotConnected and return what their comment says. Any
 // command can end with ErrorSerialComm (written or acknowledged not at all, or too late) or
 // ErrorBadAcknowledge; the link is then resynchronised, and the next call starts clean
-// (ErrorSerialReset: that failed too). Values out of range are clamped silently unless a comment says that they
+// (ErrorSerialReset: that failed too). An answer that is too short or too long is ErrorDeviceResponse. What has
+// arrived before a command is sent is dropped when the command is one that is acknowledged. docs/reliability.md
+// has the longest time of each call. Values out of range are clamped silently unless a comment says that they
 // are refused.
 //
 // Ownership: arrays stay the caller's. Records returned by pointer are made with new and the caller's to
@@ -22,6 +24,7 @@
 #define ZRV_DEVICE_H
 
 #include <array>
+#include <bitset>
 #include <memory>
 #include <string>
 #include <vector>
@@ -96,8 +99,8 @@ class ZRV_API ZRVDevice {
   float GetDeviceParam(ZRVParam param, int axis = 0);
 
   // Sets one parameter; nothing is sent when it has that value already, but for the output offsets and the data
-  // mode, which are sent always. value2 is Y of the output offsets. NaN, and a code that no unsigned integer
-  // holds: ErrorInvalidValue.
+  // mode, which are sent always, and one whose last setting failed. value2 is Y of the output offsets. NaN, and a
+  // code that no unsigned integer holds: ErrorInvalidValue.
   void SetDeviceParam(ZRVParam param, float value1, float value2 = 0);
 
   // Refreshes the state word, and what is decoded from it, in the device's own record.
@@ -274,10 +277,11 @@ class ZRV_API ZRVDevice {
   bool Query(unsigned char code, void* answer, unsigned int count);
   bool ReadAcknowledge(unsigned int timeoutMs, ZRVError onWrongBytes);
   bool ReadBytes(void* bytes, unsigned int count, unsigned int timeoutMs);
-  bool ReadAnswer(void* answer, unsigned int count, unsigned int timeoutMs);
+  bool ReadAnswer(void* answer, unsigned int count);
   bool ReadAnswerLine(std::string& line);
   bool Fail(ZRVError error);
   bool Connected();
+  bool DropStaleBytes();
   void PurgeSerialBuffers();
   void DecodeState(unsigned int state);
 
@@ -296,7 +300,7 @@ class ZRV_API ZRVDevice {
   void Apply(const Setter<T>& setter, T requested, T accepted);
   void Apply(const SwitchSetter& setter, unsigned int enable);
   template <typename T>
-  void ApplyChanged(T wanted, T current, void (ZRVDevice::*set)(T));
+  void ApplyGiven(T wanted, void (ZRVDevice::*set)(T));
   void Refuse();
   void SetUSARTBaudRate(unsigned int baudRate);
   void SetSampleRate(unsigned int samplesPerSecond);
@@ -344,6 +348,7 @@ class ZRV_API ZRVDevice {
   std::unique_ptr<ZRVDeviceParams> params_;
   std::unique_ptr<ZRVTrackParams> track_;
   std::unique_ptr<ZRVSerialIO> port_;
+  std::bitset<256> doubtful_;  // by command code: setters that failed, so that the controller may hold either value
 
   float xStop_ = 0.0f;
   float yStop_ = 0.0f;
