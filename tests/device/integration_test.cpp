@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "tests/device/simulated_device.h"
+#include "tests/reliability/calls.h"
 
 namespace zrv::testing {
 namespace {
@@ -172,6 +173,27 @@ TEST_F(Integration, Tracking) {
   int first = 0, second = 0;
   device.GetTrackIntegrals(first, second);
   EXPECT_EQ(std::pair(first, second), std::pair(-1000, 2000));
+}
+
+// Every call ends within its time, and the link is sound as soon as the talk is over.
+TEST_F(Integration, TalkWithoutEndHoldsNoCallUp) {
+  reliability::Bench bench;
+  controller = std::make_shared<sim::Controller>(reliability::ControllerOptions());
+  clock = std::make_shared<sim::VirtualClock>();
+  auto* port = new sim::MemoryTransport(controller, clock);
+  port->Open("memory", 921600, 0, 0);
+  bench.device.ConnectDevice(port);
+  ASSERT_EQ(bench.device.GetLastError(), ErrorNone);
+  for (const reliability::Call& call : reliability::Calls()) {
+    if ((call.traits & (reliability::kDisconnects | reliability::kStreams)) != 0) continue;
+    controller->faults().StartChatter({});
+    Wait(0.01);
+    const double before = clock->Now();
+    call.run(bench);
+    EXPECT_LE(clock->Now() - before, call.boundMs / 1000.0) << call.name;
+    controller->faults().Clear();
+    EXPECT_TRUE(bench.device.IsDeviceResponding()) << call.name;
+  }
 }
 
 }  // namespace

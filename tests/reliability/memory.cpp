@@ -1,0 +1,388 @@
+// What the library takes from the heap: nothing that grows from connection to connection or from call to call, and
+// how much at the most. The simulated controller runs in a process of its own, so that only the library is counted.
+//
+//   memory [rounds]      prints the figures of docs/reliability.md; fails when anything grows
+#include <malloc.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <new>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "ZRVDataGenerator.h"
+#include "ZRVDevice.h"
+#include "common/files.h"
+#include "simulator/pseudo_terminal.h"
+
+namespace {
+
+size_t inUse = 0, most = 0;  // bytes from operator new
+
+}  // namespace
+
+[[gnu::noinline]] void* operator new(size_t size) {
+  void* memory = std::malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  inUse += malloc_usable_size(memory);
+  most = std::max(most, inUse);
+  return memory;
+}
+
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+  inUse -= malloc_usable_size(memory);
+  std::free(memory);
+}
+
+void operator delete(void* memory, size_t) noexcept { operator delete(memory); }
+
+namespace {
+
+using std::filesystem::path;
+
+constexpr unsigned kSamples = 50000;
+constexpr unsigned kKeypoints = 5000;
+constexpr unsigned kBlock = 25000;
+constexpr int kWarmUpRounds = 3;
+
+size_t Heap() {
+  const auto heap = mallinfo2();
+  return heap.uordblks + heap.hblkhd;
+}
+
+size_t ResidentKB() {
+  size_t pages = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> pages >> resident;
+  return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE)) / 1024;
+}
+
+// How far the heap rose during a call, and what is still taken afterwards; bytes.
+struct Use {
+  size_t peak = 0;
+  long kept = 0;
+};
+
+template <typename Call>
+Use Measure(Call call) {
+  const size_t before = inUse;
+  most = inUse;
+  call();
+  return {most - before, static_cast<long>(inUse) - static_cast<long>(before)};
+}
+
+// --- The device ----------------------------------------------------------------------------------------------
+
+// A controller in another process, for as long as the object.
+class ControllerProcess {
+ public:
+  ControllerProcess() {
+    std::string name = (std::filesystem::temp_directory_path() / "zrv-memory-XXXXXX").string();
+    directory_ = mkdtemp(name.data());
+    if (pipe(ends_) != 0) std::exit(1);
+    child_ = fork();
+    if (child_ == 0) Serve();
+    close(ends_[0]);
+    while (!std::filesystem::exists(Port())) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  ~ControllerProcess() {
+    close(ends_[1]);
+    waitpid(child_, nullptr, 0);
+    std::filesystem::remove_all(directory_);
+  }
+  std::string Port() const { return directory_ + "/ttyUSB0"; }
+
+ private:
+  [[noreturn]] void Serve() {
+    close(ends_[1]);
+    {
+      const zrv::sim::PseudoTerminal terminal({}, {directory_, "ttyUSB0", 0});
+      char byte;
+      while (read(ends_[0], &byte, 1) > 0) {
+      }
+    }
+    _exit(0);
+  }
+
+  std::string directory_;
+  int ends_[2] = {-1, -1};
+  pid_t child_ = -1;
+};
+
+struct Arrays {
+  explicit Arrays(size_t n) : x(n), y(n), m(n), index(n) {}
+  std::vector<float> x, y;
+  std::vector<unsigned char> m;
+  std::vector<unsigned> index;
+};
+
+void PlayOnce(ZRVDevice& device, const std::string& port, Arrays& a) {
+  device.ConnectDevice(port.c_str());
+  device.SendDataStream(a.x.data(), a.y.data(), a.m.data(), kBlock, 0, false);
+  device.StartDataStream(-1, false);
+  device.StopDataStream();
+  if (device.GetLastError() != ErrorNone) {
+    std::printf("error %u\n", device.GetLastError());
+    std::exit(1);
+  }
+  device.DisconnectDevice();
+}
+
+bool MeasureDevice(int rounds) {
+  const ControllerProcess controller;
+  const std::string port = controller.Port();
+  Arrays a(kBlock);
+  const Use first = Measure([&] { PlayOnce(*std::make_unique<ZRVDevice>(), port, a); });
+  auto device = std::make_unique<ZRVDevice>();
+  const Use again = Measure([&] { PlayOnce(*device, port, a); });
+  device.reset();
+  std::printf("connect, send %u samples, play, stop, disconnect:\n", kBlock);
+  std::printf("  the first time, with a device   %8zu bytes at most, %ld kept (buffers that all devices share)\n",
+              first.peak, first.kept);
+  std::printf("  again, with a device that is there %5zu bytes at most, %ld kept\n", again.peak, again.kept);
+
+  const auto round = [&] { PlayOnce(*std::make_unique<ZRVDevice>(), port, a); };
+  for (int i = 0; i < kWarmUpRounds; ++i) round();
+  const size_t resident = ResidentKB(), heap = Heap();
+  for (int i = 0; i < rounds; ++i) round();
+  const size_t residentAfter = ResidentKB(), heapAfter = Heap();
+  std::printf("  %d rounds: heap %zu bytes before, %zu after; resident %zu KB, %zu KB\n", rounds, heap, heapAfter,
+              resident, residentAfter);
+  return heap == heapAfter && again.kept == 0;
+}
+
+// --- The generator -------------------------------------------------------------------------------------------
+
+struct Workbench {
+  ZRVDataGenerator g;
+  Arrays keys{kSamples + 1};          // kKeypoints of them lit and blank by turns
+  Arrays out{3 * kSamples};           // what a filter without delay needs
+  std::vector<unsigned char> image = std::vector<unsigned char>(100 * 100, 255);
+  std::vector<int> lastDark = std::vector<int>(100, 99);
+  std::vector<float> dwell = std::vector<float>(kKeypoints, 0.5f);
+  std::vector<unsigned> frames = std::vector<unsigned>(50);
+  std::string drawing, points, text = std::string(1000, 'R');
+  ZRVScanSettings scan;  // a frame of kSamples
+  unsigned sps = 0;
+
+  Workbench() {
+    scan.ArrayCapacity = 3 * kSamples;
+    scan.SampleRate = kSamples;
+    scan.RefreshRate = 1;
+  }
+
+  float* x() { return out.x.data(); }
+  float* y() { return out.y.data(); }
+  unsigned char* m() { return out.m.data(); }
+};
+
+// A composite generator; some choose the sample rate too.
+template <auto make, typename Settings>
+unsigned Compose(Workbench& w, const Settings& settings) {
+  unsigned samples = 0, frames = 0;
+  if constexpr (requires { (w.g.*make)(nullptr, nullptr, nullptr, w.scan, settings, samples, frames, w.sps); }) {
+    (w.g.*make)(w.x(), w.y(), w.m(), w.scan, settings, samples, frames, w.sps);
+  } else {
+    (w.g.*make)(w.x(), w.y(), w.m(), w.scan, settings, samples, frames);
+  }
+  return samples;
+}
+
+struct Family {
+  const char* name;
+  unsigned (*make)(Workbench&);  // samples or keypoints written
+};
+
+const Family kFamilies[] = {
+    {"SineWaveform", [](Workbench& w) { return w.g.SineWaveform(w.x(), w.y(), w.m(), kSamples, 1, 5, 0); }},
+    {"SawtoothWaveform",
+     [](Workbench& w) { return w.g.SawtoothWaveform(w.x(), w.y(), w.m(), kSamples, 1, 5, 0.5f, 0); }},
+    {"SquareWaveform", [](Workbench& w) { return w.g.SquareWaveform(w.x(), w.y(), w.m(), kSamples, 1, 5, 0.5f, 0); }},
+    {"NoiseWaveform", [](Workbench& w) { return w.g.NoiseWaveform(w.x(), kSamples, 1); }},
+    {"SpiralCurve", [](Workbench& w) { return w.g.SpiralCurve(w.x(), w.y(), w.m(), kSamples, 1, 1, 9, 0); }},
+    {"PolygonCurve", [](Workbench& w) { return w.g.PolygonCurve(w.x(), w.y(), w.m(), kSamples, 1, 7, 0); }},
+    {"SpirographCurve",
+     [](Workbench& w) { return w.g.SpirographCurve(w.x(), w.y(), w.m(), kSamples, 4, 0, 1, 7, 3, 2); }},
+    {"LissajousCurve",
+     [](Workbench& w) { return w.g.LissajousCurve(w.x(), w.y(), w.m(), kSamples, 0, 1, 3, 2, 0, 1, 0.5f, 20, 0); }},
+    {"DynamicsCurve",
+     [](Workbench& w) { return w.g.DynamicsCurve(w.x(), w.y(), w.m(), kSamples, 0, 0, 0.01f, 0.02f, 0, -0.001f, 1); }},
+    {"InterpolateDataLinear, 5000 keypoints",
+     [](Workbench& w) {
+       return w.g.InterpolateDataLinear(w.keys.x.data(), w.keys.y.data(), w.keys.m.data(), w.x(), w.y(), w.m(),
+                                        kKeypoints, kSamples, 2);
+     }},
+    {"InterpolateDataTrapezoidal, 5000 keypoints",
+     [](Workbench& w) {
+       return w.g.InterpolateDataTrapezoidal(w.keys.x.data(), w.keys.y.data(), w.keys.m.data(), w.x(), w.y(), w.m(),
+                                             kKeypoints, kSamples, 2, 0.2f, 0.2f);
+     }},
+    {"InterpolateDataOptimized, 5000 keypoints",
+     [](Workbench& w) {
+       return w.g.InterpolateDataOptimized(w.keys.x.data(), w.keys.y.data(), w.keys.m.data(), w.x(), w.y(), w.m(),
+                                           kKeypoints, kSamples);
+     }},
+    {"OptimizeKeypoints, 50000 to 5000",
+     [](Workbench& w) {
+       std::copy(w.keys.x.begin(), w.keys.x.end(), w.out.x.begin());
+       std::copy(w.keys.y.begin(), w.keys.y.end(), w.out.y.begin());
+       std::copy(w.keys.m.begin(), w.keys.m.end(), w.out.m.begin());
+       return w.g.OptimizeKeypoints(w.x(), w.y(), w.m(), kSamples, kKeypoints);
+     }},
+    {"CloseCurve", [](Workbench& w) { return w.g.CloseCurve(w.x(), w.y(), w.m(), kSamples, 10, false); }},
+    {"TransformData",
+     [](Workbench& w) {
+       w.g.InitProjectiveTransformMatrix(nullptr, nullptr, false);
+       return w.g.TransformData(w.x(), w.y(), kSamples, 0.5f, 1, 0.1f, 0.1f, true, 0.2f, 0.2f);
+     }},
+    {"AnimationRotate, 10 frames",
+     [](Workbench& w) { return w.g.AnimationRotate(w.x(), w.y(), w.m(), kSamples / 10, 10); }},
+    {"AnimationScroll, 10 frames",
+     [](Workbench& w) { return w.g.AnimationScroll(w.x(), w.y(), w.m(), kSamples / 10, 10); }},
+    {"drawing, 50 frames of 1000 points: load",
+     [](Workbench& w) {
+       w.g.LoadIldaFile(w.drawing.c_str());
+       return w.g.IldaNumTotalPoints();
+     }},
+    {"drawing: stream",
+     [](Workbench& w) { return w.g.IldaDataStream(w.x(), w.y(), w.m(), w.frames.data(), 50, 1, 0, 0, 1.57f, true); }},
+#ifdef ZRV_FONT_FILE
+    {"font: load",
+     [](Workbench& w) {
+       w.g.LoadHersheyFile(ZRV_FONT_FILE);
+       return w.g.HersheyNumOC();
+     }},
+    {"text of 1000 characters",
+     [](Workbench& w) { return w.g.HersheyDataStream(w.x(), w.y(), w.m(), w.text.c_str(), 1000, 0, 1, 0, false); }},
+#endif
+    {"point file of 50000 lines: load", [](Workbench& w) { return w.g.LoadPointFile(w.points.c_str()); }},
+    {"point file: stream", [](Workbench& w) { return w.g.PointFileDataStream(w.x(), w.y(), w.m()); }},
+    {"LinearRasterPattern",
+     [](Workbench& w) {
+       return w.g.LinearRasterPattern(w.x(), w.y(), w.m(), 0.9f, 0.9f, 80, 100, 0.02f, false, true, 3, 0.1f, w.sps, 1,
+                                      100000);
+     }},
+    {"LinearRasterPatternImaging",
+     [](Workbench& w) {
+       return w.g.LinearRasterPatternImaging(w.x(), w.y(), w.m(), 0.9f, 0.9f, 100, 100, 0.02f, false, true, 3, 0.1f,
+                                             w.sps, 1, 100000);
+     }},
+    {"PointToPointPattern, 5000 points",
+     [](Workbench& w) {
+       w.sps = 20000;
+       return w.g.PointToPointPattern(w.x(), w.y(), w.m(), w.keys.x.data(), w.keys.y.data(), w.keys.m.data(),
+                                      w.dwell.data(), kKeypoints, 0.1f, w.sps, 1, 100000);
+     }},
+    {"LaserWriterDataStream, 100 lines of 100 pixels",
+     [](Workbench& w) {
+       return w.g.LaserWriterDataStream(w.x(), w.y(), w.m(), w.image.data(), w.lastDark.data(), 100, 100, 0.02f, true,
+                                        w.sps, 1, 20000, -0.8f, 0.8f, -0.8f, 0.8f);
+     }},
+    {"GenerateWaveformData",
+     [](Workbench& w) { return Compose<&ZRVDataGenerator::GenerateWaveformData>(w, ZRVWaveformSettings{}); }},
+    {"GenerateSpirographData",
+     [](Workbench& w) { return Compose<&ZRVDataGenerator::GenerateSpirographData>(w, ZRVSpirographSettings{}); }},
+    {"GenerateLissajousData",
+     [](Workbench& w) { return Compose<&ZRVDataGenerator::GenerateLissajousData>(w, ZRVLissajousSettings{}); }},
+    {"GenerateClockData",
+     [](Workbench& w) { return Compose<&ZRVDataGenerator::GenerateClockData>(w, ZRVClockSettings{}); }},
+    {"GenerateSignalData",
+     [](Workbench& w) { return Compose<&ZRVDataGenerator::GenerateSignalData>(w, ZRVSignalSettings{}); }},
+    {"GenerateScanData",
+     [](Workbench& w) {
+       ZRVPatternSettings raster;
+       raster.NumLines = 80, raster.NumPixels = 100;
+       return Compose<&ZRVDataGenerator::GenerateScanData>(w, raster);
+     }},
+    {"GenerateImportFileData, one frame of 1000 points",
+     [](Workbench& w) {
+       ZRVImportSettings drawing;
+       drawing.FileName = w.drawing.c_str(), drawing.Frames = w.frames.data(), drawing.NumFrames = 1;
+       unsigned samples = 0, frames = 0;
+       w.g.GenerateImportFileData(w.x(), w.y(), w.m(), nullptr, w.scan, drawing, samples, frames, w.sps);
+       return samples;
+     }},
+#ifdef ZRV_FONT_FILE
+    {"GenerateTextData, 1000 characters",
+     [](Workbench& w) {
+       ZRVTextSettings text;
+       text.Text = w.text.c_str();
+       return Compose<&ZRVDataGenerator::GenerateTextData>(w, text);
+     }},
+#endif
+    {"SetupSoftwareFilter, Elliptic, 20 poles",
+     [](Workbench& w) {
+       w.g.SetupSoftwareFilter(5, 20, 1000, 20000, true);
+       return w.g.GetIIRFilterOrder();
+     }},
+    {"FilterData",
+     [](Workbench& w) {
+       w.g.FilterData(w.keys.x.data(), w.keys.y.data(), w.x(), w.y(), kSamples, false);
+       return kSamples;
+     }},
+    {"FilterData, without delay",
+     [](Workbench& w) {
+       w.g.FilterData(w.keys.x.data(), w.keys.y.data(), w.x(), w.y(), kSamples, true);
+       return kSamples;
+     }},
+};
+
+std::vector<uint8_t> DrawingBytes() {
+  constexpr unsigned kFrames = 50, kPoints = 1000;
+  std::vector<uint8_t> bytes;
+  for (unsigned f = 0; f < kFrames; ++f) {
+    std::vector<uint8_t> header(32);
+    header[0] = 'I', header[1] = 'L', header[2] = 'D', header[3] = 'A', header[7] = 5;
+    header[24] = kPoints >> 8, header[25] = kPoints & 255, header[29] = kFrames;
+    bytes.insert(bytes.end(), header.begin(), header.end());
+    for (unsigned i = 0; i < kPoints * 8; ++i) bytes.push_back(static_cast<uint8_t>(i % 8 == 4 ? 0 : i * 31 + f));
+  }
+  return bytes;
+}
+
+bool MeasureFamilies() {
+  Workbench w;
+  const path directory = std::filesystem::temp_directory_path();
+  w.drawing = (directory / ("zrv-memory-" + std::to_string(getpid()) + ".ild")).string();
+  w.points = (directory / ("zrv-memory-" + std::to_string(getpid()) + ".txt")).string();
+  for (unsigned i = 0; i < kSamples; ++i) {
+    w.keys.x[i] = std::cos(static_cast<float>(i) * 0.7f);
+    w.keys.y[i] = std::sin(static_cast<float>(i) * 1.3f);
+    w.keys.m[i] = i % 4 != 0 ? 255 : 0;
+  }
+  for (unsigned f = 0; f < w.frames.size(); ++f) w.frames[f] = f + 1;
+  ZRVDataGenerator::ExportFile(w.points.c_str(), w.keys.x.data(), w.keys.y.data(), w.keys.m.data(), kSamples, 20000);
+  const bool written = zrv::WriteWholeFile(w.drawing.c_str(), DrawingBytes());
+
+  bool steady = true;
+  std::printf("\n%-48s %8s %12s %12s\n", "generator", "written", "peak, bytes", "kept, bytes");
+  for (const Family& family : kFamilies) {
+    unsigned count = 0;
+    const Use use = Measure([&] { count = family.make(w); });
+    const Use again = Measure([&] { family.make(w); });
+    std::printf("%-48s %8u %12zu %12ld%s\n", family.name, count, use.peak, use.kept,
+                count == 0 ? "  NOTHING" : again.kept != 0 ? "  GROWS" : "");
+    steady = steady && count > 0 && again.kept == 0;
+  }
+  std::filesystem::remove(w.drawing);
+  std::filesystem::remove(w.points);
+  return written && steady;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const int rounds = argc > 1 ? std::clamp(std::atoi(argv[1]), 1, 1000000) : 100;
+  std::setvbuf(stdout, nullptr, _IOLBF, 0);
+  const bool device = MeasureDevice(rounds);
+  const bool families = MeasureFamilies();
+  return device && families ? 0 : 1;
+}
