@@ -96,6 +96,7 @@ class Session {
       std::fprintf(stderr, "%s fails without a fault\n", call.name);
       std::exit(1);
     }
+    Pause(20);  // what was written last has then arrived
     const Traffic after = Passed();
     if ((call.traits & kStreams) != 0) return {kStreamRecordBytes, 0};
     return {after.answered - before.answered, after.received - before.received};
