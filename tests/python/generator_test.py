@@ -76,7 +76,7 @@ def test_what_c_would_not_check_is_refused(generator, tmp_path):
         (zrv.ZrvError, "another kind", lambda: generator.import_file(tmp_path / "no.ild")),
         (FileNotFoundError, "missing", lambda: generator.import_file(tmp_path / "missing")),
         (ValueError, "zero", lambda: generator.import_file("a\0b")),
-        (TypeError, "int", lambda: generator.import_file(True)),  # open() would take it for standard output, and close it
+        (TypeError, "not bool", lambda: generator.import_file(True)),  # open() would take it for standard output, and close it
         (ValueError, "no font", lambda: generator.load_font(tmp_path / "no.ild")),
         (ValueError, "2..", lambda: generator.interpolate([0], [0])),
         (ValueError, "uint8", lambda: generator.image(np.zeros((3, 3)))),
