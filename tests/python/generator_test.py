@@ -51,9 +51,10 @@ def test_drawings_and_images_keep_their_colours(generator, tmp_path):
     def section(data_format, number, records):
         return b"ILDA\0\0\0" + bytes([data_format]) + bytes(16) + struct.pack(">HHHBB", len(records), number, 2, 0, 0)
     corners = [(-9000, -9000), (9000, -9000), (9000, 9000)]
-    frames = b"".join(section(5, number, corners) + b"".join(struct.pack(">hhBBBB", *corner, 0, *bgr) for corner in corners)
-                      for number, bgr in enumerate([(0, 0, 255), (0, 255, 0)]))
-    (tmp_path / "two.ild").write_bytes(frames + section(5, 2, []))
+    data = b""
+    for number, bgr in enumerate([(0, 0, 255), (0, 255, 0)]):
+        data += section(5, number, corners) + b"".join(struct.pack(">hhBBBB", *corner, 0, *bgr) for corner in corners)
+    (tmp_path / "two.ild").write_bytes(data + section(5, 2, []))
     drawing = generator.import_file(tmp_path / "two.ild", frames=[2, 1])
     assert drawing.frames == 2 and set(drawing.rgb) == {0, 0xFF0000, 0x00FF00}
     assert drawing.rgb[drawing.m != 0][0] == 0x00FF00
@@ -76,7 +77,7 @@ def test_what_c_would_not_check_is_refused(generator, tmp_path):
         (zrv.ZrvError, "another kind", lambda: generator.import_file(tmp_path / "no.ild")),
         (FileNotFoundError, "missing", lambda: generator.import_file(tmp_path / "missing")),
         (ValueError, "zero", lambda: generator.import_file("a\0b")),
-        (TypeError, "not bool", lambda: generator.import_file(True)),  # open() would take it for standard output, and close it
+        (TypeError, "not bool", lambda: generator.import_file(True)),  # open() would close standard output
         (ValueError, "no font", lambda: generator.load_font(tmp_path / "no.ild")),
         (ValueError, "2..", lambda: generator.interpolate([0], [0])),
         (ValueError, "uint8", lambda: generator.image(np.zeros((3, 3)))),

@@ -1,7 +1,6 @@
 """pip, in an environment of its own and without a network."""
 import os
 import subprocess
-import sys
 import venv
 from pathlib import Path
 

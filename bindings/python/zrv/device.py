@@ -61,7 +61,8 @@ def set_port_directory(path: Optional[FileName] = None) -> None:
 
 
 def devices() -> List[FoundDevice]:
-    """The controllers that answer, 12 at most, but for those that are connected. Takes about a second for each port that stays silent."""
+    """The controllers that answer, 12 at most, but for those that are connected. Takes about a second for each port
+    that stays silent."""
     found = Handle("Device", lock)._run("ZRVGetAvailableDevices")
 
     def text(value: Any) -> str:
@@ -251,8 +252,8 @@ class Device(Handle):
 
     def rename(self, name: str) -> None:
         """Renames the controller: 31 bytes at most."""
-        self._call(f"rename the controller to {name!r}", "ZRVSetDeviceName", DeviceParams(device_name=name).device_name
-                   .encode())
+        fitting = DeviceParams(device_name=name).device_name
+        self._call(f"rename the controller to {name!r}", "ZRVSetDeviceName", fitting.encode())
 
     def load_params(self, path: FileName) -> None:
         """Applies a parameter file. OSError: it cannot be read."""
@@ -303,8 +304,8 @@ class Device(Handle):
         with lock:
             capacity = self.params.sample_buffer_capacity
             if len(x) > capacity:
-                raise ValueError(f"the scan has {len(x)} samples, but the controller holds {capacity}. Make fewer frames, "
-                                 "or lower the sample rate")
+                raise ValueError(f"the scan has {len(x)} samples, but the controller holds {capacity}. Make fewer "
+                                 "frames, or lower the sample rate")
             self._call("send the samples", "ZRVSendDataStream", x, y, m, len(x),
                        whole("delay_samples", delay_samples, 0, MAX_SAMPLES), minimize_jump)
 
@@ -398,8 +399,8 @@ class Device(Handle):
         return ai0[:count], ai1[:count]
 
     def read_sensor(self, num_samples: int, gain: float = 1.0) -> Floats:
-        """One block of 1..100000 samples of the sensor module, while data_mode is OR_BEX1; empty when none comes. Values
-        are count * 10 with firmware "ORBEX1D", else count * gain * 3.3 / 2.048 / 65535."""
+        """One block of 1..100000 samples of the sensor module, while data_mode is OR_BEX1; empty when none comes.
+        Values are count * 10 with firmware "ORBEX1D", else count * gain * 3.3 / 2.048 / 65535."""
         data = np.zeros(whole("num_samples", num_samples, 1, MOST_SENSOR_SAMPLES), np.float32)
         with lock:
             self._need_mode(DataMode.OR_BEX1)

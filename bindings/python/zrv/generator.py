@@ -44,7 +44,9 @@ def _takes(kind: Type[Settings]) -> Callable[[Method], Method]:
         keywords = [inspect.Parameter(name, inspect.Parameter.KEYWORD_ONLY, default=round(value, 6)
                                       if isinstance(value, float) else value) for name, value in initial.items()]
         method.__signature__ = inspect.Signature([*own, *keywords])  # type: ignore[attr-defined]
-        method.__doc__ = f"{inspect.getdoc(method)}\n\n{kind.__name__}: {inspect.getdoc(kind)}\n\nScanSettings: {inspect.getdoc(ScanSettings)}"
+        kinds: List[Type[Settings]] = [kind, ScanSettings]
+        about = [f"{each.__name__}: {inspect.getdoc(each)}" for each in kinds]
+        method.__doc__ = "\n\n".join([inspect.getdoc(method) or "", *about])
         return method
     return with_signature
 
@@ -133,8 +135,8 @@ class DataGenerator(Handle):
     @_takes(PatternSettings)
     def point_to_point(self, x: npt.ArrayLike, y: npt.ArrayLike, *records: Settings, m: npt.ArrayLike = 255,
                        dwell_times: Optional[npt.ArrayLike] = None, **settings: Any) -> Scan:
-        """Dwells at points and moves between them, dark. m: digital byte of each, or of all. dwell_times: ms of each with
-        the move to the next, else dwell_time for all. All of one length."""
+        """Dwells at points and moves between them, dark. m: digital byte of each, or of all. dwell_times: ms of each
+        with the move to the next, else dwell_time for all. All of one length."""
         points = Scan(x, y, m)
         own = PatternSettings()
         own._pattern, own._num_points = ScanPattern.POINT_TO_POINT, len(points)
@@ -157,19 +159,22 @@ class DataGenerator(Handle):
         ZrvError: too many samples, or a library built without OpenCV.
         """
         bitmap = np.asarray(pixels)
-        if bitmap.dtype != np.uint8 or bitmap.ndim not in (2, 3) or bitmap.shape[2:] not in ((), (3,)) or not bitmap.size:
+        if bitmap.dtype != np.uint8 or bitmap.ndim < 2 or bitmap.shape[2:] not in ((), (3,)) or not bitmap.size:
             raise ValueError("pixels has to be a uint8 array of shape (rows, columns) or (rows, columns, 3)")
-        bitmap = np.ascontiguousarray(bitmap if bitmap.ndim == 2 else bitmap[..., ::-1])
+        rows, columns, channels = (*bitmap.shape, 1)[:3]
+        bitmap = np.ascontiguousarray(bitmap if channels == 1 else bitmap[..., ::-1])
+        for name, value in {"num_lines": num_lines, "num_pixels": num_pixels}.items():
+            whole(name, value, 1, MOST_IMAGE_LINES)
+        for name, value in {"sample_rate_min": sample_rate_min, "sample_rate_max": sample_rate_max}.items():
+            whole(name, value, 1, 1 << 24)
+        whole("threshold", threshold, 0, 256)
         rate = ctypes.c_uint()
 
         def fill(x: Any, y: Any, m: Any) -> int:
             return int(self._run(
-                "ZRVImageRasterPattern", x, y, m, x_amplitude, y_amplitude,
-                whole("num_lines", num_lines, 1, MOST_IMAGE_LINES), whole("num_pixels", num_pixels, 1, MOST_IMAGE_LINES),
-                bitmap, bitmap.shape[1], bitmap.shape[0], 1 if bitmap.ndim == 2 else 3, 0, binary,
-                whole("threshold", threshold, 0, 256), line_duration, bidirectional, ctypes.byref(rate),
-                whole("sample_rate_min", sample_rate_min, 1, 1 << 24),
-                whole("sample_rate_max", sample_rate_max, 1, 1 << 24)))
+                "ZRVImageRasterPattern", x, y, m, x_amplitude, y_amplitude, num_lines, num_pixels, bitmap, columns,
+                rows, channels, 0, binary, threshold, line_duration, bidirectional, ctypes.byref(rate),
+                sample_rate_min, sample_rate_max))
         with self._lock:
             arrays = _filled(fill(None, None, None), fill)
             return _scan("image", arrays, rate.value)
@@ -187,14 +192,15 @@ class DataGenerator(Handle):
 
         def fill(to_x: Any, to_y: Any, to_m: Any) -> int:
             if profile == Profile.OPTIMIZED:
-                return int(self._run("ZRVInterpolateDataOptimized", path.x, path.y, path.m, None, to_x, to_y, to_m, None,
-                                     count, wanted))
+                return int(self._run("ZRVInterpolateDataOptimized", path.x, path.y, path.m, None, to_x, to_y, to_m,
+                                     None, count, wanted))
             accel = (draw_accel, blank_accel) if profile == Profile.TRAPEZOIDAL else (0.0, 0.0)
             return int(self._run("ZRVInterpolateData", path.x, path.y, path.m, to_x, to_y, to_m, count, wanted,
                                  blank_speed, *accel))
         return _scan("interpolate", _filled(max(wanted, count + count // 4 + 1) + count, fill), sample_rate)
 
-    def set_filter(self, kind: FilterType, order: int = 4, cutoff: float = 1000.0, sample_rate: float = 20000.0) -> None:
+    def set_filter(self, kind: FilterType, order: int = 4, cutoff: float = 1000.0,
+                   sample_rate: float = 20000.0) -> None:
         """Replaces the output filter by a low pass of 1..20 poles, at rest. cutoff in Hz: -3 dB (Bessel, Butterworth,
         Legendre), end of the ripple (Chebyshev I, elliptic), start of the stopband (Chebyshev II)."""
         self._run("ZRVSetupSoftwareFilter", FilterType(kind), whole("order", order, 1, 20), cutoff, sample_rate, True)
@@ -228,7 +234,8 @@ class DataGenerator(Handle):
         default = data_file("hershey.font") if path is None else path
         if default is None:
             raise FileNotFoundError("the default font hershey.font is not there. It comes with a package that was "
-                                    "installed from a built tree, and with the installed library; load_font takes others")
+                                    "installed from a built tree, and with the installed library; load_font takes "
+                                    "others")
         self._run("ZRVLoadHersheyFile", readable_path(default))
         if not self.num_fonts:
             raise ValueError(f"{os.fspath(default)} holds no font")
@@ -304,7 +311,7 @@ def _scan(name: str, arrays: Sequence[Any], sample_rate: int, frames: int = 1) -
     x, y, m, *rgb = arrays
     if not len(x):
         raise ZrvError(ErrorCode.INVALID_VALUE, f"make the samples ({name})",
-                       "these settings give none, or more than 16777216, or the file is of another kind. Start from the "
-                       "initial values and change one at a time; help() of the method gives ranges")
+                       "these settings give none, or more than 16777216, or the file is of another kind. Start from "
+                       "the initial values and change one at a time; help() of the method gives ranges")
     coloured = rgb and np.any(rgb[0][m != 0] != _WHITE)
     return Scan(x, y, m, sample_rate, frames, rgb[0] if coloured else None)

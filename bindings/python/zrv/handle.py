@@ -16,7 +16,7 @@ def _delete(kind: str, address: int, lock: Any) -> None:
 
 
 class Handle:
-    """An object of the library. `kind` names the create and delete functions; `lock` lets one call at a time into the library."""
+    """An object of the library. `kind` names the create and delete functions; `lock` lets one call at a time in."""
 
     __slots__ = ("_lock", "_address", "_freed", "__weakref__")
 

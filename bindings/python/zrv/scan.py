@@ -45,7 +45,7 @@ class Scan:
     """Samples, played at `sample_rate`.
 
     x, y         positions, float32 of shape (n,), -1..1; what lies outside is clamped by the controller's format
-    m            digital bytes, uint8 of shape (n,), for laser and outputs: 0 dark, 255 all on. A number: for all samples
+    m            digital bytes, uint8 of shape (n,), for laser and outputs: 0 dark, 255 all on; a number is that of all
     sample_rate  samples a second
     frames       of an animation: the n samples are so many frames
     rgb          colours 0xRRGGBB, uint32 of shape (n,), or None: white. Controllers with colours play them
