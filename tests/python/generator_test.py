@@ -47,7 +47,7 @@ def test_files_and_filter(generator, tmp_path):
     assert np.abs(half.xy - plain.xy / 2).max() < 1e-6
 
 
-def test_drawings_and_images_keep_their_colours(generator, tmp_path):
+def test_drawings_keep_their_colours(generator, tmp_path):
     def section(data_format, number, records):
         return b"ILDA\0\0\0" + bytes([data_format]) + bytes(16) + struct.pack(">HHHBB", len(records), number, 2, 0, 0)
     corners = [(-9000, -9000), (9000, -9000), (9000, 9000)]
@@ -59,6 +59,9 @@ def test_drawings_and_images_keep_their_colours(generator, tmp_path):
     assert drawing.frames == 2 and set(drawing.rgb) == {0, 0xFF0000, 0x00FF00}
     assert drawing.rgb[drawing.m != 0][0] == 0x00FF00
     assert set(generator.import_file(tmp_path / "two.ild", frames=[1]).rgb) == {0, 0xFF0000}
+
+
+def test_image_is_taken_as_red_green_blue(generator):
     red = np.full((4, 4, 3), (255, 0, 0), np.uint8)  # 29 % bright
     assert generator.image(red, 4, 4).m.max() == 255 - 73
 
