@@ -12,10 +12,17 @@
 namespace zrvtool {
 namespace {
 
-std::string FirstThatExists(std::initializer_list<const char*> names) {
-  for (const char* name : names)
+std::string FirstThatExists(std::initializer_list<std::string> names) {
+  for (const std::string& name : names)
     if (std::error_code ignored; std::filesystem::is_regular_file(name, ignored)) return name;
   return {};
+}
+
+// A file of the installation that this program is part of, wherever that was put. Where the system does not
+// tell which program this is, a name that is nowhere.
+std::string BesideProgram(const char* name) {
+  std::error_code ignored;
+  return (std::filesystem::read_symlink("/proc/self/exe", ignored).parent_path() / ".." / name).string();
 }
 
 bool IsCsv(const std::string& name) { return name.ends_with(".csv") || name.ends_with(".CSV"); }
@@ -47,12 +54,14 @@ void WritePointFile(const std::string& name, Pattern p) {
 
 }  // namespace
 
-std::string DefaultFontFile() { return FirstThatExists({ZRV_INSTALLED_FONT_FILE, ZRV_BUILT_FONT_FILE}); }
+std::string DefaultFontFile() {
+  return FirstThatExists({BesideProgram("share/zrv/hershey.font"), ZRV_INSTALLED_FONT_FILE, ZRV_BUILT_FONT_FILE});
+}
 
 void UseDefinitionsFile() {
   const std::string file =
-      FirstThatExists({"ZRVDefinitions.h", ZRV_INSTALLED_INCLUDE_DIR "/ZRVDefinitions.h",
-                       ZRV_SOURCE_INCLUDE_DIR "/ZRVDefinitions.h"});
+      FirstThatExists({"ZRVDefinitions.h", BesideProgram("include/ZRVDefinitions.h"),
+                       ZRV_INSTALLED_INCLUDE_DIR "/ZRVDefinitions.h", ZRV_SOURCE_INCLUDE_DIR "/ZRVDefinitions.h"});
   if (file.empty())
     throw ToolError("cannot find ZRVDefinitions.h, which names the values in parameter files.\n"
                     "Copy it from the library's include folder into this one.");
