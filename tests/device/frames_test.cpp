@@ -52,6 +52,9 @@ TEST_F(Frames, AStateAnswerCountsEvenAfterABadAcknowledgementAndIsKeptWhenTheNex
   }
   EXPECT_EQ(device.GetDeviceParam(ParamSyncMode), 3.0f);   // 0x6107: bits 1..4
   EXPECT_EQ(device.GetDeviceParam(ParamSyncState), 3.0f);  // bits 13..15
+  port->Answer(0xE2, kAck + LE16(0x0201));
+  EXPECT_EQ(device.GetSamplesRemaining(), 0u);
+  EXPECT_EQ(device.GetLastError(), ErrorDeviceResponse);
   for (const uint16_t word : {uint16_t{0x100}, uint16_t{0x1000}}) {
     SetState(word);
     EXPECT_EQ(device.IsTrackingSupported(), word == 0x1000);
