@@ -116,7 +116,8 @@ void ZRVDataGenerator::FilterData(const float* data, float* out, unsigned int co
 
 void ZRVDataGenerator::LoadIIRFilterParams(const char* fileName) {
   iirCoefficients = {};
-  const auto bytes = zrv::ReadWholeFile(fileName);
+  constexpr size_t kMostBytes = 8 + 2 * sizeof(double) * (kMaxGenericOrder + 1);  // what may follow says nothing
+  const auto bytes = zrv::ReadStartOfFile(fileName, kMostBytes);
   if (bytes && bytes->size() >= 8) {
     zrv::LittleEndianReader in(*bytes);
     IIRCoefficients set;
