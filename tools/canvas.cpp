@@ -7,6 +7,7 @@
 #include <cctype>
 #include <numbers>
 
+#include "data_files.h"
 #include "errors.h"
 
 namespace zrvtool {
@@ -27,14 +28,23 @@ struct SurfaceDeleter {
   void operator()(cairo_t* c) const { cairo_destroy(c); }
 };
 
+void CheckEnding(const std::string& fileName) {
+  if (!HasEnding(fileName, ".svg") && !HasEnding(fileName, ".png"))
+    throw WrongUse("cannot make a picture named " + fileName + ": the name must end in .png or .svg");
+}
+
 cairo_surface_t* MakeSurface(const std::string& fileName, double width, double height) {
+  CheckEnding(fileName);
   if (HasEnding(fileName, ".svg")) return cairo_svg_surface_create(fileName.c_str(), width, height);
-  if (HasEnding(fileName, ".png"))
-    return cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(width), static_cast<int>(height));
-  throw WrongUse("cannot make a picture named " + fileName + ": the name must end in .png or .svg");
+  return cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(width), static_cast<int>(height));
 }
 
 }  // namespace
+
+void CheckPictureFile(const std::string& fileName) {
+  CheckEnding(fileName);
+  CheckWritable(fileName);
+}
 
 struct Canvas::Surface {
   Surface(const std::string& name, double width, double height)

@@ -34,6 +34,10 @@ enum class Align { Left, Centre, Right };
 // Whether this build can draw at all.
 bool HasPictures();
 
+// Throws ToolError when no picture could be written under this name. For pictures that are drawn after a long time
+// only.
+void CheckPictureFile(const std::string& fileName);
+
 class Canvas {
  public:
   // Width and height in pixels (PNG) or points (SVG). Throws when the ending is neither .png nor .svg.

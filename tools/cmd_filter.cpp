@@ -11,6 +11,7 @@
 #include "errors.h"
 #include "filter_choice.h"
 #include "kinds.h"
+#include "options.h"
 #include "pattern_options.h"
 #include "picture.h"
 #include "session.h"
@@ -124,18 +125,16 @@ void AddFilterCommand(CLI::App& app) {
   auto options = std::make_shared<FilterCommand>();
   CLI::App* command = AddCommand(
       app, "filter", "Low-pass filter a point file, or show what a filter does",
-      "zrv filter square.txt smooth.txt --filter bessel:5:1000\n"
-      "         zrv filter --filter butterworth:4:500 --response filter.png",
-      "A filter is family:order:cutoff in Hz. Families: bessel, butterworth, chebyshev1, chebyshev2, elliptic,\n"
-      "legendre. Or file:NAME for a file of coefficients.");
-  command->add_option("input", options->input, "point file")->check(CLI::ExistingFile)->type_name("IN");
-  command->add_option("output", options->output, "point file to write")->type_name("OUT");
+      {"zrv filter square.txt smooth.txt --filter bessel:5:1000",
+       "zrv filter --filter butterworth:4:500 --response filter.png"},
+      "A filter is family:order:cutoff in Hz. Families:\n" + FilterFamilies(", ") +
+          ".\nOr file:NAME for a file of coefficients.");
+  AddExistingFile(*command, "input", options->input, "point file");
+  AddFile(*command, "output", options->output, "point file to write");
   command->add_option("--filter", options->filter, "family:order:cutoff")->required()->type_name("FILTER");
-  command->add_option("--rate", options->rate, "samples per second; else as the file says, else 20000")
-      ->check(CLI::Range(1, 10000000));
+  AddNumber(*command, "--rate", options->rate, "samples per second; else as the file says, else 20000", 1, 1000000);
   command->add_flag("--zero-phase", options->zeroPhase, "filter forwards and backwards: no delay");
-  command->add_option("--response", options->response, "picture of magnitude, phase, group delay and step response")
-      ->type_name("FILE");
+  AddFile(*command, "--response", options->response, "picture of magnitude, phase, group delay and step response");
   command->callback([options] {
     if (!options->input.empty() && options->output.empty())
       throw WrongUse("name the file to write, too: zrv filter IN OUT --filter ...");

@@ -1,11 +1,12 @@
 // zrv font build, font list.
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <fstream>
 
 #include "commands.h"
+#include "data_files.h"
 #include "errors.h"
 #include "font_builder.h"
+#include "options.h"
 
 namespace zrvtool {
 namespace {
@@ -20,9 +21,7 @@ void Build(const FontCommand& command) {
   if (font.empty())
     throw ToolError("cannot build a font file from " + command.directory + ": " + error +
                     ".\nThe .jhf files come with the package hershey-fonts-data.");
-  std::ofstream out(command.output, std::ios::binary);
-  out.write(reinterpret_cast<const char*>(font.data()), static_cast<std::streamsize>(font.size()));
-  if (!out.flush()) throw ToolError("cannot write " + command.output);
+  WriteBytes(command.output, font);
   std::printf("%zu fonts, %zu bytes in %s\n", zrv::DefaultFonts().size(), font.size(), command.output.c_str());
 }
 
@@ -35,15 +34,15 @@ void List() {
 
 void AddFontCommand(CLI::App& app) {
   CLI::App* font = AddCommand(app, "font", "Vector fonts: list those of zrv, or build a font file",
-                              "zrv font list\n         zrv font build -o my.font");
+                              {"zrv font list", "zrv font build -o my.font"});
   font->require_subcommand(1);
-  AddCommand(*font, "list", "The fonts that came with zrv, by number", "zrv font list")->callback(List);
+  AddCommand(*font, "list", "The fonts that came with zrv, by number", {"zrv font list"})->callback(List);
   auto options = std::make_shared<FontCommand>();
   CLI::App* build = AddCommand(*font, "build", "Build a font file from the public Hershey text files (.jhf)",
-                               "zrv font build /usr/share/hershey-fonts -o my.font");
+                               {"zrv font build /usr/share/hershey-fonts -o my.font"});
   build->add_option("directory", options->directory, "folder of the .jhf files")->capture_default_str()
       ->type_name("DIR");
-  build->add_option("-o,--output", options->output, "font file to write")->capture_default_str()->type_name("FILE");
+  AddFile(*build, "-o,--output", options->output, "font file to write");
   build->callback([options] { Build(*options); });
 }
 

@@ -10,6 +10,7 @@
 #include "font_builder.h"
 #include "gallery_content.h"
 #include "kinds.h"
+#include "options.h"
 #include "picture.h"
 
 namespace zrvtool {
@@ -166,6 +167,7 @@ std::string CornerPath(const Scratch& scratch) {
 }
 
 void Gallery(const std::string& output) {
+  CheckPictureFile(output);
   const Scratch scratch;
   std::vector<SheetSection> sections = {Waveforms(), Curves(),  Profiles(CornerPath(scratch)), Transforms(),
                                         Animations(), Filters(), Rasters()};
@@ -180,8 +182,9 @@ void Gallery(const std::string& output) {
 
 void AddGalleryCommand(CLI::App& app) {
   auto output = std::make_shared<std::string>("zrv-gallery.png");
-  CLI::App* command = AddCommand(app, "gallery", "A picture of everything the generator makes", "zrv gallery -o gallery.png");
-  command->add_option("-o,--output", *output, "picture to write, PNG or SVG")->capture_default_str()->type_name("FILE");
+  CLI::App* command =
+      AddCommand(app, "gallery", "A picture of everything the generator makes", {"zrv gallery -o gallery.png"});
+  AddFile(*command, "-o,--output", *output, "picture to write, PNG or SVG");
   command->callback([output] { Gallery(*output); });
 }
 

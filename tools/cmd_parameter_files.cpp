@@ -7,6 +7,7 @@
 #include "commands.h"
 #include "data_files.h"
 #include "errors.h"
+#include "options.h"
 #include "parameters.h"
 #include "session.h"
 
@@ -57,15 +58,14 @@ void Load(const FileCommand& command) {
 void AddParameterFileCommands(CLI::App& app) {
   auto options = std::make_shared<FileCommand>();
   CLI::App* save = AddCommand(app, "save", "Save the parameters of a controller in a file",
-                              "zrv save ttyUSB0 mirror.ini");
-  save->add_option("port", options->port, "port of the controller, or auto")->required()->type_name("PORT");
-  save->add_option("file", options->file, "file to write")->required()->type_name("FILE");
+                              {"zrv save ttyUSB0 mirror.ini"});
+  AddPort(*save, options->port);
+  AddFile(*save, "file", options->file, "file to write")->required();
   save->callback([options] { Save(*options); });
 
-  CLI::App* load = AddCommand(app, "load", "Set the parameters that a file holds", "zrv load ttyUSB0 mirror.ini");
-  load->add_option("port", options->port, "port of the controller, or auto")->required()->type_name("PORT");
-  load->add_option("file", options->file, "file that zrv save wrote")->required()->check(CLI::ExistingFile)
-      ->type_name("FILE");
+  CLI::App* load = AddCommand(app, "load", "Set the parameters that a file holds", {"zrv load ttyUSB0 mirror.ini"});
+  AddPort(*load, options->port);
+  AddExistingFile(*load, "file", options->file, "file that zrv save wrote")->required();
   load->callback([options] { Load(*options); });
 }
 

@@ -5,6 +5,7 @@
 #include "ZRVDevice.h"
 #include "commands.h"
 #include "errors.h"
+#include "options.h"
 #include "parameters.h"
 #include "session.h"
 
@@ -13,6 +14,7 @@ namespace {
 
 struct ParameterCommand {
   std::string port, parameter, value;
+  bool json = false;
 };
 
 // Refreshes the device's own record first: single parameters are read from it.
@@ -23,19 +25,25 @@ void ConnectAndRead(ZRVDevice& device, const std::string& port) {
   Check(device, "read the parameters");
 }
 
-void PrintParameter(ZRVDevice& device, const ParameterRow& row, bool withName) {
+float Value(ZRVDevice& device, const ParameterRow& row) {
   const float value = device.GetDeviceParam(row.param, row.axis);
   Check(device, std::string("read ") + row.name);
-  if (withName) std::printf("%-22s ", row.name);
-  std::printf("%s\n", Shown(row, value).c_str());
+  return value;
 }
 
 void Get(const ParameterCommand& command) {
-  if (!command.parameter.empty()) FindParameter(command.parameter);  // refuses before it connects
+  const bool all = command.parameter.empty();
+  const std::vector<ParameterRow> rows = all ? Parameters() : std::vector{FindParameter(command.parameter)};
   ZRVDevice device;
   ConnectAndRead(device, command.port);
-  if (!command.parameter.empty()) return PrintParameter(device, FindParameter(command.parameter), false);
-  for (const ParameterRow& row : Parameters()) PrintParameter(device, row, true);
+  Json json = Json::object();
+  for (const ParameterRow& row : rows) {
+    const float value = Value(device, row);
+    if (command.json) json[row.name] = JsonOf(row, value);
+    else if (all) std::printf("%-22s %s\n", row.name, Shown(row, value).c_str());
+    else std::printf("%s\n", Shown(row, value).c_str());
+  }
+  if (command.json) PrintJson(json);
 }
 
 void SetOffset(ZRVDevice& device, const ParameterRow& row, float value) {
@@ -54,31 +62,28 @@ void Set(const ParameterCommand& command) {
   else
     device.SetDeviceParam(row.param, value);
   Check(device, std::string("set ") + row.name + " to " + command.value);
-  std::printf("%s is now ", row.name);
-  PrintParameter(device, row, false);
-}
-
-void AddPort(CLI::App* command, std::string& port) {
-  command->add_option("port", port, "port of the controller, or auto")->required()->type_name("PORT");
+  std::printf("%s is now %s\n", row.name, Shown(row, Value(device, row)).c_str());
 }
 
 }  // namespace
 
 void AddParameterCommands(CLI::App& app) {
   auto options = std::make_shared<ParameterCommand>();
-  std::string names;
-  for (const ParameterRow& row : Parameters()) names += std::string(names.empty() ? "" : ", ") + row.name;
-  const std::string more = "Parameters: " + names;
+  const std::string more = "Parameters:\n" + ParameterNames();
 
-  CLI::App* get = AddCommand(app, "get", "Show a parameter of a controller, or all", "zrv get ttyUSB0 SampleRate", more);
-  AddPort(get, options->port);
-  get->add_option("parameter", options->parameter, "its name; all when left out");
+  CLI::App* get = AddCommand(app, "get", "Show a parameter of a controller, or all",
+                             {"zrv get ttyUSB0", "zrv get ttyUSB0 SampleRate"}, more);
+  AddPort(*get, options->port);
+  get->add_option("parameter", options->parameter, "its name; all when left out")->type_name("PARAMETER");
+  AddJson(*get, options->json);
   get->callback([options] { Get(*options); });
 
-  CLI::App* set = AddCommand(app, "set", "Set a parameter of a controller", "zrv set ttyUSB0 SampleRate 40000", more);
-  AddPort(set, options->port);
-  set->add_option("parameter", options->parameter, "its name")->required();
-  set->add_option("value", options->value, "a number, on, off, or a name such as AxesFlipX")->required();
+  CLI::App* set = AddCommand(app, "set", "Set a parameter of a controller",
+                             {"zrv set ttyUSB0 SampleRate 40000", "zrv set ttyUSB0 DeviceAxes AxesFlipX"}, more);
+  AddPort(*set, options->port);
+  set->add_option("parameter", options->parameter, "its name")->required()->type_name("PARAMETER");
+  set->add_option("value", options->value, "a number, on, off, or the name of a value such as AxesFlipX")->required()
+      ->type_name("VALUE");
   set->callback([options] { Set(*options); });
 }
 

@@ -4,6 +4,7 @@
 
 #include "commands.h"
 #include "errors.h"
+#include "options.h"
 #include "pattern_options.h"
 #include "session.h"
 #include "terminal.h"
@@ -67,20 +68,17 @@ void Play(const PatternChoice& choice, PlayCommand& command) {
 void AddPlayCommand(CLI::App& app) {
   auto play = std::make_shared<PlayCommand>();
   CLI::App* command =
-      AddCommand(app, "play", "Play a pattern on a controller, until Ctrl-C", "zrv play ttyUSB0 rose --repeat 10",
+      AddCommand(app, "play", "Play a pattern on a controller, until Ctrl-C", {"zrv play ttyUSB0 rose --repeat 10"},
                  "Plays without end unless --repeat or --seconds is given; Ctrl-C stops the mirror, switches the laser\n"
                  "off and disconnects. PORT is a name that zrv list shows, a path, or auto for the first one found.");
-  command->add_option("port", play->port, "port of the controller, or auto")->required()->type_name("PORT");
-  command->add_option("--repeat", play->options.repeat, "play so many times, 1 to 32, then stop")
-      ->check(CLI::Range(1, 32))->type_name("COUNT");
-  command->add_option("--seconds", play->options.seconds, "stop after so many seconds")
-      ->check(CLI::Range(0.001, 1e9))->type_name("NUMBER");
-  command->add_option("--delay", play->options.delay, "samples by which the laser lags the mirror")
-      ->type_name("COUNT");
+  AddPort(*command, play->port);
+  AddNumber(*command, "--repeat", play->options.repeat, "play so many times, then stop", 1, 32);
+  AddNumber(*command, "--seconds", play->options.seconds, "stop after so many seconds", 0.001, 1e9);
+  AddNumber(*command, "--delay", play->options.delay, "samples by which the laser lags the mirror", 0, 1000000);
   command->add_flag("--minimize-jump", play->options.minimizeJump, "begin at the sample nearest to the mirror");
   command->add_flag("--dark", play->dark, "leave the laser and digital outputs off");
   command->add_flag("--detach", play->detach, "leave it playing and return at once");
-  auto choice = AddPatternKinds(*command, "zrv play PORT");
+  auto choice = AddPatternKinds(*command, "zrv play ttyUSB0", "");
   command->callback([choice, play] { Play(*choice, *play); });
 }
 

@@ -6,7 +6,9 @@
 #include "ZRVDevice.h"
 #include "commands.h"
 #include "errors.h"
+#include "options.h"
 #include "picture.h"
+#include "report.h"
 #include "session.h"
 #include "terminal.h"
 
@@ -15,6 +17,7 @@ namespace {
 
 struct AnalogCommand {
   std::string port, plot;
+  bool json = false;
   unsigned int capture = 0;
   double seconds = 0;
   unsigned int interval = 100;  // ms
@@ -26,9 +29,9 @@ struct Readings {
 
 void Add(Readings& r, double time, float ai0, float ai1, float detector) {
   r.time.push_back(time);
-  r.ai0.push_back(static_cast<double>(ai0));
-  r.ai1.push_back(static_cast<double>(ai1));
-  r.detector.push_back(static_cast<double>(detector));
+  r.ai0.push_back(Exact(ai0));
+  r.ai1.push_back(Exact(ai1));
+  r.detector.push_back(Exact(detector));
 }
 
 // One live reading, as a line that a person or a program reads.
@@ -51,7 +54,7 @@ Readings ReadLive(ZRVDevice& device, const AnalogCommand& command) {
   StatusLine status;
   const StopWatch watch;
   CatchStopSignals();  // the readings so far are still drawn; a capture is ended at once
-  if (!OutputIsTerminal()) std::printf("time_s,ai0_v,ai1_v,detector\n");
+  if (!OutputIsTerminal() && !command.json) std::printf("time_s,ai0_v,ai1_v,detector\n");
   do {
     const double time = watch.Seconds();
     float values[3] = {};
@@ -62,7 +65,7 @@ Readings ReadLive(ZRVDevice& device, const AnalogCommand& command) {
     values[2] = device.GetPhotoDetectorValue();
     Check(device, "read the photodetector");
     Add(readings, time, values[0], values[1], values[2]);
-    Print(readings, status);
+    if (!command.json) Print(readings, status);
   } while (WaitWithin(command.seconds, watch, std::chrono::milliseconds(command.interval)));
   return readings;
 }
@@ -84,6 +87,12 @@ void PrintCapture(const Readings& r) {
   for (std::size_t i = 0; i < r.time.size(); ++i) std::printf("%.9g,%.5f,%.5f\n", r.time[i], r.ai0[i], r.ai1[i]);
 }
 
+void PrintAsJson(const Readings& r) {
+  Json json = {{"time_s", r.time}, {"ai0_v", r.ai0}, {"ai1_v", r.ai1}};
+  if (!r.detector.empty()) json["detector"] = r.detector;
+  PrintJson(json, -1);
+}
+
 void PlotReadings(const std::string& file, const std::string& port, const Readings& r) {
   std::vector<Plot> plots = {{"Analog inputs", "time, s", "volts", r.time, {{"AI0", r.ai0}, {"AI1", r.ai1}}}};
   if (!r.detector.empty()) plots.push_back({"Photodetector", "time, s", "units, 0 .. 2", r.time, {{"", r.detector}}});
@@ -92,10 +101,12 @@ void PlotReadings(const std::string& file, const std::string& port, const Readin
 }
 
 void Analog(const AnalogCommand& command) {
+  if (!command.plot.empty()) CheckPictureFile(command.plot);
   ZRVDevice device;
   Connect(device, command.port);
   const Readings readings = command.capture > 0 ? Capture(device, command.capture) : ReadLive(device, command);
-  if (command.capture > 0 && (command.plot.empty() || !OutputIsTerminal())) PrintCapture(readings);
+  if (command.json) PrintAsJson(readings);
+  else if (command.capture > 0 && (command.plot.empty() || !OutputIsTerminal())) PrintCapture(readings);
   if (!command.plot.empty()) PlotReadings(command.plot, command.port, readings);
 }
 
@@ -148,29 +159,34 @@ void Track(const TrackCommand& command) {
   WatchTracking(device, command);
 }
 
+void AddTiming(CLI::App& command, double& seconds, unsigned int& interval) {
+  AddNumber(command, "--seconds", seconds, "stop after so many seconds", 0.001, 1e9);
+  AddNumber(command, "--interval", interval, "time between readings, ms", 1, 3600000);
+}
+
 }  // namespace
 
 void AddSensingCommands(CLI::App& app) {
   auto analog = std::make_shared<AnalogCommand>();
   CLI::App* command = AddCommand(
       app, "analog", "Read the analog inputs and the photodetector",
-      "zrv analog ttyUSB0\n         zrv analog ttyUSB0 --seconds 10 > readings.csv\n"
-      "         zrv analog ttyUSB0 --capture 5000 --plot inputs.png",
-      "Live readings on a terminal until Ctrl-C; a table (CSV) in a pipe or file.");
-  command->add_option("port", analog->port, "port of the controller, or auto")->required()->type_name("PORT");
-  command->add_option("--seconds", analog->seconds, "stop after so many seconds")->check(CLI::Range(0.001, 1e9));
-  command->add_option("--interval", analog->interval, "time between readings, ms")->check(CLI::Range(1, 3600000));
-  command->add_option("--capture", analog->capture, "capture so many samples of both inputs at the sample rate")
-      ->check(CLI::Range(1, 1000000));
-  command->add_option("--plot", analog->plot, "picture of the readings, PNG or SVG")->type_name("FILE");
+      {"zrv analog ttyUSB0", "zrv analog ttyUSB0 --seconds 10 > readings.csv",
+       "zrv analog ttyUSB0 --capture 5000 --plot inputs.png"},
+      "Live readings on a terminal until Ctrl-C; a table (CSV) in a pipe or file. JSON comes at the end, a list for\n"
+      "each column of the table.");
+  AddPort(*command, analog->port);
+  AddTiming(*command, analog->seconds, analog->interval);
+  AddNumber(*command, "--capture", analog->capture, "capture so many samples of both inputs at the sample rate", 1,
+            1000000);
+  AddFile(*command, "--plot", analog->plot, "picture of the readings, PNG or SVG");
+  AddJson(*command, analog->json);
   command->callback([analog] { Analog(*analog); });
 
   auto track = std::make_shared<TrackCommand>();
-  command = AddCommand(app, "track", "Follow what a tracking controller reports", "zrv track ttyUSB0",
+  command = AddCommand(app, "track", "Follow what a tracking controller reports", {"zrv track ttyUSB0"},
                        "Live on a terminal until Ctrl-C; a table (CSV) in a pipe or file.");
-  command->add_option("port", track->port, "port of the controller, or auto")->required()->type_name("PORT");
-  command->add_option("--seconds", track->seconds, "stop after so many seconds")->check(CLI::Range(0.001, 1e9));
-  command->add_option("--interval", track->interval, "time between readings, ms")->check(CLI::Range(1, 3600000));
+  AddPort(*command, track->port);
+  AddTiming(*command, track->seconds, track->interval);
   command->callback([track] { Track(*track); });
 }
 

@@ -1,10 +1,13 @@
 // zrv simulate: a controller on a pseudo-terminal, for anyone without hardware.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
+#include <tuple>
 
 #include "commands.h"
 #include "errors.h"
 #include "mirror_path.h"
+#include "options.h"
 #include "picture.h"
 #include "simulator/pseudo_terminal.h"
 #include "terminal.h"
@@ -77,6 +80,7 @@ void DrawPath(sim::PseudoTerminal& terminal, const std::string& file) {
 
 void Simulate(SimulateCommand& command) {
   CatchStopSignals();
+  if (!command.picture.empty()) CheckPictureFile(command.picture);
   command.options.hardwareFilter = !command.noFilter;
   command.options.tracking = !command.noTracking;
   command.options.analogInputs = {SignalIn(command.ai0), SignalIn(command.ai1)};
@@ -92,29 +96,35 @@ void Simulate(SimulateCommand& command) {
   if (!command.picture.empty()) DrawPath(terminal, command.picture);
 }
 
+std::string DeviceNameComplaint(const std::string& name) {
+  constexpr std::size_t kLongest = 31;
+  if (name.size() > kLongest) return "the name is longer than 31 bytes";
+  const bool printable = std::none_of(name.begin(), name.end(), [](char c) { return (c >= 0 && c < ' ') || c == 0x7F; });
+  return printable ? "" : "the name has a line break or another control character in it";
+}
+
+std::string PortNameComplaint(const std::string& name) {
+  const bool good = !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
+  return good ? "" : "\"" + name + "\" is no name of a file; the folder is given with --port-dir";
+}
+
 void AddControllerOptions(CLI::App* command, SimulateCommand& c) {
   command->add_option("--name", c.options.deviceName, "name of the controller, 31 bytes at most")
-      ->capture_default_str()->check([](const std::string& name) {
-        return name.size() > 31 ? std::string("the name is longer than 31 bytes") : std::string();
-      });
-  command->add_option("--format", c.options.formatCode,
-                      "output format: 0 16 bit, 1 12/11 bit, 2 to 4 with colours")
-      ->check(CLI::Range(0, 7))->capture_default_str();
-  command->add_option("--capacity", c.options.capacity, "samples it holds")->check(CLI::Range(1, 10000000))
-      ->capture_default_str();
+      ->capture_default_str()->type_name("NAME")->check(DeviceNameComplaint);
+  AddNumber(*command, "--format", c.options.formatCode, "output format: 0 16 bit, 1 12/11 bit, 2 to 4 with colours", 0,
+            7);
+  AddNumber(*command, "--capacity", c.options.capacity, "samples it holds", 1, 10000000);
   command->add_flag("--no-hardware-filter", c.noFilter, "without the low-pass ahead of the mirror");
   command->add_flag("--no-tracking", c.noTracking, "a controller that cannot track");
 }
 
 void AddWorldOptions(CLI::App* command, SimulateCommand& c) {
-  command->add_option("--resonance", c.options.mirror.resonanceHz, "resonance of the mirror, Hz")
-      ->check(CLI::Range(1.0, 1e6))->capture_default_str();
-  command->add_option("--q", c.options.mirror.q, "quality factor of the resonance")->check(CLI::Range(0.1, 1e6))
-      ->capture_default_str();
-  command->add_option("--ai0", c.ai0, "signal on analog input 0: shape:offset:amplitude:frequency")
-      ->capture_default_str();
-  command->add_option("--ai1", c.ai1, "signal on analog input 1")->capture_default_str();
-  command->add_option("--detector", c.detector, "signal on the photodetector")->capture_default_str();
+  AddNumber(*command, "--resonance", c.options.mirror.resonanceHz, "resonance of the mirror, Hz", 1, 1e6);
+  AddNumber(*command, "--q", c.options.mirror.q, "quality factor of the resonance", 0.1, 1e6);
+  for (const auto& [name, signal, help] : {std::tuple{"--ai0", &c.ai0, "signal on analog input 0"},
+                                           std::tuple{"--ai1", &c.ai1, "signal on analog input 1"},
+                                           std::tuple{"--detector", &c.detector, "signal on the photodetector"}})
+    command->add_option(name, *signal, help)->capture_default_str()->type_name("SIGNAL");
 }
 
 }  // namespace
@@ -123,16 +133,18 @@ void AddSimulateCommand(CLI::App& app, const std::string& portDirectory) {
   auto simulate = std::make_shared<SimulateCommand>();
   simulate->portDirectory = &portDirectory;
   CLI::App* command = AddCommand(app, "simulate", "Run a simulated controller until Ctrl-C",
-                                 "zrv simulate --port-dir /tmp/zrv-ports",
+                                 {"zrv simulate --port-dir /tmp/zrv-ports"},
                                  "It answers on a pseudo-terminal; with --port-dir the port also gets a name there\n"
-                                 "(ttyUSB0), so that zrv --port-dir DIR list finds it.");
+                                 "(ttyUSB0), so that zrv --port-dir DIR list finds it. A SIGNAL is shape:offset:\n"
+                                 "amplitude:frequency, what is left out being 0. Shapes: dc, sine, noise, mirror-x,\n"
+                                 "mirror-y (they follow the mirror). Volts and hertz, for instance sine:0:2:50.");
   AddControllerOptions(command, *simulate);
   AddWorldOptions(command, *simulate);
-  command->add_option("--port-name", simulate->port.portName, "name in the port directory; else the first free ttyUSB");
-  command->add_option("--baud", simulate->port.baudRate, "as slow as a serial line of so many baud; 0: no limit")
-      ->capture_default_str();
-  command->add_option("--picture", simulate->picture, "at the end, a picture of what the mirror drew last")
-      ->type_name("FILE");
+  command->add_option("--port-name", simulate->port.portName, "name in the port directory; else the first free ttyUSB")
+      ->type_name("NAME")->check(PortNameComplaint);
+  AddNumber(*command, "--baud", simulate->port.baudRate, "as slow as a serial line of so many baud; 0: no limit", 0,
+            100000000);
+  AddFile(*command, "--picture", simulate->picture, "at the end, a picture of what the mirror drew last");
   command->callback([simulate] { Simulate(*simulate); });
 }
 

@@ -4,6 +4,7 @@
 #define ZRV_TOOLS_COMMANDS_H
 
 #include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -21,6 +22,8 @@ void AddFilterCommand(CLI::App& app);          // filter
 void AddDemoCommand(CLI::App& app);            // demo
 void AddFontCommand(CLI::App& app);            // font build
 void AddGalleryCommand(CLI::App& app);         // gallery
+void AddCompletionCommand(CLI::App& app);      // completion
+void AddManualCommand(CLI::App& app);          // manual
 
 // How this program was called ("zrv", "build/tools/zrv"), for hints that can be copied as they stand.
 std::string& ProgramName();
@@ -28,9 +31,9 @@ std::string& ProgramName();
 // simulate; its port appears in the port directory, when one was given by the time it runs.
 void AddSimulateCommand(CLI::App& app, const std::string& portDirectory);
 
-// A subcommand whose help ends with an example line ("zrv list") and perhaps more.
-CLI::App* AddCommand(CLI::App& app, const std::string& name, const std::string& help, const std::string& example,
-                     const std::string& more = "");
+// A subcommand whose help ends with examples ("zrv list"), a line each, and perhaps more.
+CLI::App* AddCommand(CLI::App& app, const std::string& name, const std::string& help,
+                     const std::vector<std::string>& examples, const std::string& more = "");
 
 }  // namespace zrvtool
 

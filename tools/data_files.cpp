@@ -1,12 +1,15 @@
 #include "data_files.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <initializer_list>
+#include <system_error>
 
-#include "ZRVDataGenerator.h"
 #include "ZRVDevice.h"
+#include "common/files.h"
+#include "common/text_numbers.h"
 #include "errors.h"
 
 namespace zrvtool {
@@ -27,29 +30,36 @@ std::string BesideProgram(const char* name) {
 
 bool IsCsv(const std::string& name) { return name.ends_with(".csv") || name.ends_with(".CSV"); }
 
-void WriteCsv(std::ostream& out, const Pattern& p) {
-  out << (p.rgb.empty() ? "time_s,x,y,m\n" : "time_s,x,y,m,rgb\n");
+std::string Csv(const Pattern& p) {
+  std::string text = p.rgb.empty() ? "time_s,x,y,m\n" : "time_s,x,y,m,rgb\n";
   char line[120];
   for (std::size_t i = 0; i < p.size(); ++i) {
     std::snprintf(line, sizeof line, "%.9g,%.7g,%.7g,%u", static_cast<double>(i) / p.rate,
                   static_cast<double>(p.x[i]), static_cast<double>(p.y[i]), unsigned{p.m[i]});
-    out << line;
+    text += line;
     if (!p.rgb.empty()) {
       std::snprintf(line, sizeof line, ",%06X", p.rgb[i]);
-      out << line;
+      text += line;
     }
-    out << '\n';
+    text += '\n';
   }
+  return text;
 }
 
-// The library does not tell whether it could write.
-void WritePointFile(const std::string& name, Pattern p) {
-  ZRVDataGenerator generator;
-  const auto count = static_cast<unsigned int>(p.size());
-  generator.ExportFile(name.c_str(), p.x.data(), p.y.data(), p.m.data(), count, p.rate);
-  if (std::error_code ignored; std::filesystem::is_regular_file(name, ignored) &&
-                               generator.LoadPointFile(name.c_str()) != count)
-    throw ToolError("could not write all of " + name + ": is the disk full?");
+// As the library's ExportFile() writes it, which does not tell whether it could.
+std::string PointFile(const Pattern& p) {
+  std::string text = "sps " + std::to_string(p.rate) + "\n";
+  for (std::size_t i = 0; i < p.size(); ++i) {
+    zrv::AppendFloat(text, p.x[i]);
+    text += ' ';
+    zrv::AppendFloat(text, p.y[i]);
+    text += ' ' + std::to_string(p.m[i]) + '\n';
+  }
+  return text;
+}
+
+[[noreturn]] void RefuseToWrite(const std::string& name, int reason) {
+  throw ToolError("cannot write " + name + ": " + std::generic_category().message(reason));
 }
 
 }  // namespace
@@ -68,12 +78,21 @@ void UseDefinitionsFile() {
   ZRVDevice::SetDefinitionsFile(file.c_str());
 }
 
+void WriteBytes(const std::string& name, std::span<const std::uint8_t> bytes) {
+  errno = 0;
+  if (!zrv::WriteWholeFile(name.c_str(), bytes)) RefuseToWrite(name, errno);
+}
+
+void CheckWritable(const std::string& name) {
+  std::error_code ignored;
+  const bool isNew = !std::filesystem::exists(name, ignored);
+  errno = 0;
+  if (!std::ofstream(name, std::ios::app)) RefuseToWrite(name, errno);
+  if (isNew) std::filesystem::remove(name, ignored);
+}
+
 void WritePattern(const std::string& name, const Pattern& pattern) {
-  std::ofstream out(name);
-  if (!out) throw ToolError("cannot write " + name + ": check that its folder exists and may be written to");
-  if (!IsCsv(name)) return WritePointFile(name, pattern);
-  WriteCsv(out, pattern);
-  if (!out.flush()) throw ToolError("could not write all of " + name + ": is the disk full?");
+  WriteBytes(name, zrv::AsBytes(IsCsv(name) ? Csv(pattern) : PointFile(pattern)));
 }
 
 }  // namespace zrvtool

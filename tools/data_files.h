@@ -2,6 +2,8 @@
 #ifndef ZRV_TOOLS_DATA_FILES_H
 #define ZRV_TOOLS_DATA_FILES_H
 
+#include <cstdint>
+#include <span>
 #include <string>
 
 #include "pattern.h"
@@ -14,6 +16,12 @@ std::string DefaultFontFile();
 // Tells the library where ZRVDefinitions.h is, for the names in parameter files: the working directory, the
 // installation or the source tree. Throws ToolError when it is nowhere.
 void UseDefinitionsFile();
+
+// Replaces a file's content. Throws ToolError, with the system's reason, when it cannot be written whole.
+void WriteBytes(const std::string& name, std::span<const std::uint8_t> bytes);
+
+// Throws ToolError when WriteBytes() could not even begin. For what is written after a long time only.
+void CheckWritable(const std::string& name);
 
 // Writes the samples as a point file, or as a table when the name ends in .csv. Throws ToolError when it cannot.
 void WritePattern(const std::string& name, const Pattern& pattern);

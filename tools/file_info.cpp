@@ -1,8 +1,8 @@
 #include "file_info.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <fstream>
+#include <optional>
 #include <sstream>
 
 #include "ZRVDataGenerator.h"
@@ -32,29 +32,46 @@ const char* FormatName(unsigned int format) {
   }
 }
 
-void PrintDrawing(const std::string& name) {
+std::string Numbered(unsigned int count, const std::string& of) { return std::to_string(count) + of; }
+
+Report Titled(const std::string& name, const char* type) {
+  Report report;
+  report.AddTitle(name + ": " + type, {{"file", name}, {"type", type}});
+  return report;
+}
+
+Report Drawing(const std::string& name) {
   ZRVDataGenerator g;
   g.LoadIldaFile(name.c_str());
-  std::printf("%s: ILDA drawing\n", name.c_str());
-  std::printf("%-22s %u, %s\n", "Format", g.IldaFrameType(), FormatName(g.IldaFrameType()));
-  std::printf("%-22s %u\n", "Frames", g.IldaNumFrames());
-  std::printf("%-22s %u, at most %u in a frame\n", "Points", g.IldaNumTotalPoints(), g.IldaNumMaxPoints());
+  Report r = Titled(name, "ILDA drawing");
+  r.Add("Format", Numbered(g.IldaFrameType(), ", ") + FormatName(g.IldaFrameType()), {{"format", g.IldaFrameType()}});
+  r.Add("Frames", Numbered(g.IldaNumFrames(), ""), {{"frames", g.IldaNumFrames()}});
+  r.Add("Points", Numbered(g.IldaNumTotalPoints(), ", at most ") + Numbered(g.IldaNumMaxPoints(), " in a frame"),
+        {{"points", g.IldaNumTotalPoints()}, {"most_points_in_a_frame", g.IldaNumMaxPoints()}});
+  return r;
 }
 
-bool PrintFont(const std::string& name) {
+// Empty when the file holds none.
+std::optional<Report> Fonts(const std::string& name) {
   ZRVDataGenerator g;
   g.LoadHersheyFile(name.c_str());
-  if (g.HersheyNumFonts() == 0 && g.HersheyNumOC() == 0) return false;
-  std::printf("%s: vector fonts\n", name.c_str());
-  std::printf("%-22s %u, of %u characters\n", "Fonts", g.HersheyNumFonts(), g.HersheyFontSize());
-  std::printf("%-22s %u occidental, %u oriental\n", "Glyphs", g.HersheyNumOC(), g.HersheyNumOR());
-  std::printf("%-22s %u mathematical, %u symbols\n", "Indexed signs", g.HersheyNumMath(), g.HersheyNumSym());
-  return true;
+  if (g.HersheyNumFonts() == 0 && g.HersheyNumOC() == 0) return std::nullopt;
+  Report r = Titled(name, "vector fonts");
+  r.Add("Fonts", Numbered(g.HersheyNumFonts(), ", of ") + Numbered(g.HersheyFontSize(), " characters"),
+        {{"fonts", g.HersheyNumFonts()}, {"characters_in_a_font", g.HersheyFontSize()}});
+  r.Add("Glyphs", Numbered(g.HersheyNumOC(), " occidental, ") + Numbered(g.HersheyNumOR(), " oriental"),
+        {{"occidental_glyphs", g.HersheyNumOC()}, {"oriental_glyphs", g.HersheyNumOR()}});
+  r.Add("Indexed signs", Numbered(g.HersheyNumMath(), " mathematical, ") + Numbered(g.HersheyNumSym(), " symbols"),
+        {{"mathematical_signs", g.HersheyNumMath()}, {"symbols", g.HersheyNumSym()}});
+  return r;
 }
 
-void PrintImage(const std::string& name) {
+Report Picture(const std::string& name) {
   const Image image = LoadImage(name);
-  std::printf("%s: image\n%-22s %d x %d pixels\n", name.c_str(), "Size", image.width, image.height);
+  Report r = Titled(name, "image");
+  r.Add("Size", std::to_string(image.width) + " x " + std::to_string(image.height) + " pixels",
+        {{"width_px", image.width}, {"height_px", image.height}});
+  return r;
 }
 
 // Numbers on the first line that holds some.
@@ -69,7 +86,7 @@ int ColumnsOf(const std::string& head) {
   return 0;
 }
 
-void PrintPoints(const std::string& name, bool withTimes) {
+Report Points(const std::string& name, bool withTimes) {
   ZRVDataGenerator g;
   const unsigned int count = withTimes ? g.LoadPointTimeFile(name.c_str()) : g.LoadPointFile(name.c_str());
   const unsigned int rate = withTimes ? g.GetPointTimeFileSps() : g.GetPointFileSps();
@@ -82,23 +99,28 @@ void PrintPoints(const std::string& name, bool withTimes) {
   float x0 = 0, x1 = 0, y0 = 0, y1 = 0;
   g.BoundingBox(p.x.data(), p.y.data(), count, x0, x1, y0, y1);
   const auto lit = std::count_if(p.m.begin(), p.m.end(), [](unsigned char m) { return m != 0; });
-  std::printf("%s: %s\n", name.c_str(), withTimes ? "point-time file" : "point file");
-  std::printf("%-22s %u, %lld lit\n", "Points", count, static_cast<long long>(lit));
-  if (rate != 0) std::printf("%-22s %u samples/s, %g s\n", "Rate", rate, static_cast<double>(count) / rate);
-  if (rate == 0) std::printf("%-22s not given\n", "Rate");
-  std::printf("%-22s x %g .. %g, y %g .. %g\n", "Extent", static_cast<double>(x0), static_cast<double>(x1),
-              static_cast<double>(y0), static_cast<double>(y1));
+  Report r = Titled(name, withTimes ? "point-time file" : "point file");
+  r.Add("Points", Numbered(count, ", ") + std::to_string(lit) + " lit", {{"points", count}, {"lit", lit}});
+  if (rate == 0)
+    r.Add("Rate", "not given", {{"rate_hz", nullptr}, {"duration_s", nullptr}});
+  else
+    r.Add("Rate", Numbered(rate, " samples/s, ") + WithUnit(static_cast<double>(count) / rate, "s"),
+          {{"rate_hz", rate}, {"duration_s", static_cast<double>(count) / rate}});
+  r.Add("Extent", "x " + WithUnit(Exact(x0), "") + " .. " + WithUnit(Exact(x1), "") + ", y " + WithUnit(Exact(y0), "") +
+                      " .. " + WithUnit(Exact(y1), ""),
+        {{"x_min", Exact(x0)}, {"x_max", Exact(x1)}, {"y_min", Exact(y0)}, {"y_max", Exact(y1)}});
+  return r;
 }
 
 }  // namespace
 
-void PrintFileInfo(const std::string& name) {
+Report InfoOfFile(const std::string& name) {
   const std::string head = FirstBytes(name);
   const int columns = head.find('\0') == std::string::npos ? ColumnsOf(head) : 0;
-  if (head.starts_with("ILDA")) return PrintDrawing(name);
-  if (IsImageFile(name)) return PrintImage(name);
-  if (columns == 3 || columns == 4) return PrintPoints(name, columns == 4);
-  if (PrintFont(name)) return;
+  if (head.starts_with("ILDA")) return Drawing(name);
+  if (IsImageFile(name)) return Picture(name);
+  if (columns == 3 || columns == 4) return Points(name, columns == 4);
+  if (std::optional<Report> fonts = Fonts(name)) return *fonts;
   throw ToolError(name + " is no ILDA drawing, vector font, PNG or JPEG image or point file");
 }
 

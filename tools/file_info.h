@@ -4,10 +4,12 @@
 
 #include <string>
 
+#include "report.h"
+
 namespace zrvtool {
 
 // Drawings, fonts, images, point and point-time files. Throws ToolError when it is none of these.
-void PrintFileInfo(const std::string& name);
+Report InfoOfFile(const std::string& name);
 
 }  // namespace zrvtool
 

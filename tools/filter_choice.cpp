@@ -1,9 +1,12 @@
 #include "filter_choice.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <vector>
 
+#include "common/bytes.h"
+#include "common/files.h"
 #include "errors.h"
 #include "values.h"
 
@@ -24,11 +27,37 @@ constexpr unsigned int kGeneric = 7;
 
 [[noreturn]] void Refuse(const std::string& text, const std::string& why) {
   throw WrongUse("--filter " + text + ": " + why +
-                  ". Give family:order:cutoff in Hz, for instance bessel:5:1000, with one of the families bessel, "
-                  "butterworth, chebyshev1, chebyshev2, elliptic, legendre; or file:NAME for a coefficient file");
+                 ". Give family:order:cutoff in Hz, for instance bessel:5:1000, with one of the families " +
+                 FilterFamilies(", ") + "; or file:NAME for a coefficient file");
+}
+
+// What keeps a file of coefficients from being a filter; empty when nothing does. The library would go without one
+// and not say so.
+std::string FaultIn(const std::string& file) {
+  constexpr unsigned int kHighestOrder = 31;
+  const auto bytes = zrv::ReadStartOfFile(file.c_str(), 8 + 2 * sizeof(double) * (kHighestOrder + 1));
+  if (!bytes) return "it cannot be read";
+  zrv::LittleEndianReader in(*bytes);
+  in.U32();  // the sample rate, or 0
+  const unsigned int order = in.U32();
+  if (!in.ok() || order < 1 || order > kHighestOrder) return "it is no file of coefficients, whose order goes from 1 to 31";
+  for (unsigned int i = 0; i < 2 * (order + 1); ++i) {
+    const double coefficient = in.F64();
+    if (!in.ok()) return "it is cut short: an order of " + std::to_string(order) + " takes " +
+                         std::to_string(8 + 16 * (order + 1)) + " bytes";
+    if (!std::isfinite(coefficient)) return "a coefficient is not a finite number";
+    if (i == order + 1 && coefficient == 0) return "its first coefficient of the denominator is 0";
+  }
+  return {};
 }
 
 }  // namespace
+
+std::string FilterFamilies(const char* separator) {
+  std::string words;
+  for (const Family& family : kFamilies) words += (words.empty() ? "" : separator) + std::string(family.word);
+  return words;
+}
 
 FilterChoice FilterChoiceIn(const std::string& text) {
   FilterChoice choice;
@@ -36,6 +65,8 @@ FilterChoice FilterChoiceIn(const std::string& text) {
     choice.type = kGeneric;
     choice.file = text.substr(5);
     if (!std::filesystem::is_regular_file(choice.file)) throw ToolError("--filter: there is no file " + choice.file);
+    if (const std::string fault = FaultIn(choice.file); !fault.empty())
+      throw ToolError("--filter: " + choice.file + " gives no filter: " + fault);
     return choice;
   }
   const std::vector<std::string> words = Split(text, ':');

@@ -17,6 +17,9 @@ struct FilterChoice {
   std::string file;  // of coefficients
 };
 
+// The words for the families: "bessel, butterworth, ...".
+std::string FilterFamilies(const char* separator);
+
 // "bessel:5:1000" or "file:coefficients.bin". Throws ToolError when it is neither.
 FilterChoice FilterChoiceIn(const std::string& text);
 

@@ -76,7 +76,7 @@ const std::vector<OptionRow>& CommonOptions() {
       {"blank-accel", Number, "0.25", "trapezoidal: share of a blank move spent speeding up", 0, 0.5},
       {"animate", Choice, "none", "turn the figure into an animation", 0, 0, "none|rotate|scroll|bounce"},
       {"animation-frames", Count, "10", "frames of the animation", 1, 10000},
-      {"filter", Text, "", "low-pass, family:order:cutoff in Hz, for instance bessel:5:1000"},
+      {"filter", Text, "", "low-pass, family:order:cutoff in Hz, for instance bessel:5:1000", 0, 0, "FILTER"},
       {"zero-phase", Flag, "0", "filter forwards and backwards: no delay"},
   };
   return rows;

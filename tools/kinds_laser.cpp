@@ -82,7 +82,7 @@ Kind ImageKind() {
   rows.push_back({"binary", Flag, "0", "full brightness below the threshold, none above"});
   rows.push_back({"threshold", Count, "250", "grey, 0..255, below which a pixel counts as dark", 0, 256});
   return {"image", "Laser writer", "burn a PNG or JPEG picture, dark parts bright",
-          "image photo.jpg --lines 100 --pixels 100 --preview burnt.png", rows, Picture};
+          "image photo.jpg --lines 100 --pixels 100", rows, Picture};
 }
 #endif
 
@@ -90,7 +90,7 @@ Kind ImageKind() {
 
 std::vector<Kind> LaserKinds() {
   std::vector<Kind> kinds = {
-      {"laser", "Laser writer", "burn a test chart: a ring, a grey wedge and bars", "laser --lines 100 --preview chart.png",
+      {"laser", "Laser writer", "burn a test chart: a ring, a grey wedge and bars", "laser --lines 100",
        BurnRows(), Chart}};
 #ifdef ZRV_WITH_OPENCV
   kinds.push_back(ImageKind());

@@ -114,17 +114,17 @@ std::vector<OptionRow> RasterRows() {
 std::vector<Kind> RasterKinds() {
   return {
       {"raster", "Rasters", "lines for scanning, with smooth turnarounds and a pixel clock",
-       "raster --lines 40 --pixels 100 -o raster.txt", RasterRows(), LinearRaster},
+       "raster --lines 40 --pixels 100", RasterRows(), LinearRaster},
       {"imaging-raster", "Rasters", "lines for imaging: four samples a pixel, one return",
-       "imaging-raster --lines 64 --pixels 64 --line-time 5 -o imaging.txt", RasterRows(), ImagingRaster},
+       "imaging-raster --lines 64 --pixels 64 --line-time 5", RasterRows(), ImagingRaster},
       {"point-to-point", "Rasters", "dwell at points, a grid or those of a point file, and move between them dark",
-       "point-to-point --grid 5 --dwell 2 -o grid.txt",
+       "point-to-point --grid 5 --dwell 2",
        {{"grid", Count, "4", "points along a side of the grid", 1, 300},
         {"points", File, "", "point file, in place of the grid"},
         {"dwell", Number, "5", "time at each point with the move to the next, ms", 0.01, 1000},
         kTransition, kMinRate, kMaxRate}, PointToPoint},
       {"point-time", "Rasters", "the points of a point-time file (x y m time), each held for its time",
-       "point-time points.txt --transition 1 --preview points.png",
+       "point-time points.txt --transition 1",
        {{"file", FileArgument, "", "point-time file"}, kTransition, kMinRate, kMaxRate}, PointTime},
   };
 }

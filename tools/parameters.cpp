@@ -1,7 +1,10 @@
 #include "parameters.h"
 
 #include <algorithm>
+#include <cfloat>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
 
 #include "errors.h"
 #include "values.h"
@@ -36,23 +39,9 @@ constexpr NamedValue kNamedValues[] = {
     ZRV_NAMED(ZRVSync, SyncMode10),          ZRV_NAMED(ZRVSync, SyncMode11),
     ZRV_NAMED(ZRVSync, SyncMode12),          ZRV_NAMED(ZRVSync, SyncMode13),
     ZRV_NAMED(ZRVSync, SyncMode14),          ZRV_NAMED(ZRVSync, SyncMode15),
+    {"Switch", 0, "off"},                    {"Switch", 1, "on"},
 };
 #undef ZRV_NAMED
-
-std::string NamesOf(const char* type) {
-  std::string names;
-  for (const NamedValue& v : kNamedValues)
-    if (std::string(v.type) == type) names += (names.empty() ? "" : ", ") + std::string(v.name);
-  return names;
-}
-
-void PrintText(const char* label, const std::string& text) { std::printf("%-22s %s\n", label, text.c_str()); }
-
-std::string WithUnit(double value, const char* unit) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%g%s%s", value, *unit ? " " : "", unit);
-  return text;
-}
 
 std::string Range(unsigned int lowest, unsigned int highest, const char* unit) {
   return std::to_string(lowest) + " .. " + std::to_string(highest) + " " + unit;
@@ -67,76 +56,105 @@ std::string StateText(unsigned int state) {
   return text;
 }
 
-void PrintIdentity(const ZRVDeviceParams& p) {
-  PrintText("Name", p.DeviceName);
-  PrintText("Firmware", p.FirmwareName);
-  PrintText("Link", std::string(p.CommType) + ", " + std::to_string(p.USARTBaudRate) + " baud");
-  PrintText("Bluetooth address", p.BluetoothMAC);
-  PrintText("State", StateText(p.DeviceState));
-  PrintText("Error register", std::to_string(p.DeviceErrorRegister));
+void AddIdentity(Report& r, const ZRVDeviceParams& p) {
+  r.Add("Name", p.DeviceName, {{"name", p.DeviceName}});
+  r.Add("Firmware", p.FirmwareName, {{"firmware", p.FirmwareName}});
+  r.Add("Link", std::string(p.CommType) + ", " + std::to_string(p.USARTBaudRate) + " baud",
+        {{"link", p.CommType}, {"baud", p.USARTBaudRate}});
+  r.Add("Bluetooth address", p.BluetoothMAC, {{"bluetooth_address", p.BluetoothMAC}});
+  r.Add("State", StateText(p.DeviceState), {{"state", p.DeviceState},
+                                            {"playing", (p.DeviceState & 1u) != 0},
+                                            {"tracking", (p.DeviceState >> 12 & 1u) != 0},
+                                            {"output_format", p.DeviceState >> 13 & 7u}});
+  r.Add("Error register", std::to_string(p.DeviceErrorRegister), {{"error_register", p.DeviceErrorRegister}});
 }
 
-void PrintSettings(const ZRVDeviceParams& p) {
-  PrintText("Sample rate", WithUnit(p.SampleRate, "samples/s"));
-  PrintText("Hardware filter", p.HardwareFilterOn ? WithUnit(p.HardwareFilterBw, "Hz") : "off");
-  PrintText("Mirror driver", OnOff(p.MEMSDriverEnable));
-  PrintText("Bias", WithUnit(static_cast<double>(p.Vbias), "V"));
-  PrintText("Largest difference", WithUnit(static_cast<double>(p.VdifferenceMax), "V"));
-  PrintText("Output offsets", WithUnit(static_cast<double>(p.XOffset), "") + ", " +
-                                  WithUnit(static_cast<double>(p.YOffset), ""));
-  PrintText("Output scale", WithUnit(static_cast<double>(p.DataScale), ""));
-  PrintText("Output rotation", WithUnit(static_cast<double>(p.DataRotation), "rad"));
-  PrintText("Axes", NameOfValue("ZRVAxes", p.DeviceAxes));
-  PrintText("Digital outputs", OnOff(p.DigitalOutputEnable));
-  PrintText("Laser modulation", OnOff(p.LaserModulationEnable));
-  PrintText("Buffer offset", WithUnit(p.BufferOffset, "samples"));
-  PrintText("Data mode", NameOfValue("ZRVDataMode", p.DataMode));
-  PrintText("Synchronisation", NameOfValue("ZRVSync", p.SyncMode));
-  PrintText("After power-up", NameOfValue("ZRVBoot", p.BootSetting));
+void AddSwitch(Report& r, const char* label, unsigned int value, const char* key) {
+  r.Add(label, OnOff(value), {{key, value != 0}});
 }
 
-void PrintLimits(const ZRVDeviceParams& p) {
-  PrintText("Sample rates", Range(p.SampleRateMin, p.SampleRateMax, "samples/s"));
-  PrintText("Samples held", std::to_string(p.SampleBufferCapacity));
-  PrintText("Filter bandwidths", Range(p.HardwareFilterBwMin, p.HardwareFilterBwMax, "Hz"));
-  PrintText("Bias voltages", Range(p.VbiasMin, p.VbiasMax, "V"));
-  PrintText("Highest voltage", WithUnit(static_cast<double>(p.VmaxMEMSDriver), "V"));
+void AddNamed(Report& r, const char* label, const char* type, unsigned int value, const char* key) {
+  r.Add(label, NameOfValue(type, value), {{key, NameOfValue(type, value)}});
+}
+
+void AddSettings(Report& r, const ZRVDeviceParams& p) {
+  r.Begin("Settings", "settings");
+  r.AddNumber("Sample rate", p.SampleRate, "samples/s", "sample_rate_hz");
+  r.Add("Hardware filter", p.HardwareFilterOn ? WithUnit(p.HardwareFilterBw, "Hz") : "off",
+        {{"hardware_filter", p.HardwareFilterOn != 0}, {"hardware_filter_hz", p.HardwareFilterBw}});
+  AddSwitch(r, "Mirror driver", p.MEMSDriverEnable, "mirror_driver");
+  r.AddNumber("Bias", Exact(p.Vbias), "V", "bias_v");
+  r.AddNumber("Largest difference", Exact(p.VdifferenceMax), "V", "largest_difference_v");
+  r.Add("Output offsets", WithUnit(Exact(p.XOffset), "") + ", " + WithUnit(Exact(p.YOffset), ""),
+        {{"offset_x", Exact(p.XOffset)}, {"offset_y", Exact(p.YOffset)}});
+  r.AddNumber("Output scale", Exact(p.DataScale), "", "scale");
+  r.AddNumber("Output rotation", Exact(p.DataRotation), "rad", "rotation_rad");
+  AddNamed(r, "Axes", "ZRVAxes", p.DeviceAxes, "axes");
+  AddSwitch(r, "Digital outputs", p.DigitalOutputEnable, "digital_outputs");
+  AddSwitch(r, "Laser modulation", p.LaserModulationEnable, "laser_modulation");
+  r.AddNumber("Buffer offset", p.BufferOffset, "samples", "buffer_offset_samples");
+  AddNamed(r, "Data mode", "ZRVDataMode", p.DataMode, "data_mode");
+  AddNamed(r, "Synchronisation", "ZRVSync", p.SyncMode, "sync_mode");
+  AddNamed(r, "After power-up", "ZRVBoot", p.BootSetting, "boot_setting");
+}
+
+void AddLimits(Report& r, const ZRVDeviceParams& p) {
+  r.Begin("Limits", "limits");
+  r.Add("Sample rates", Range(p.SampleRateMin, p.SampleRateMax, "samples/s"),
+        {{"sample_rate_min_hz", p.SampleRateMin}, {"sample_rate_max_hz", p.SampleRateMax}});
+  r.Add("Samples held", std::to_string(p.SampleBufferCapacity), {{"samples_held", p.SampleBufferCapacity}});
+  r.Add("Filter bandwidths", Range(p.HardwareFilterBwMin, p.HardwareFilterBwMax, "Hz"),
+        {{"hardware_filter_min_hz", p.HardwareFilterBwMin}, {"hardware_filter_max_hz", p.HardwareFilterBwMax}});
+  r.Add("Bias voltages", Range(p.VbiasMin, p.VbiasMax, "V"), {{"bias_min_v", p.VbiasMin}, {"bias_max_v", p.VbiasMax}});
+  r.AddNumber("Highest voltage", Exact(p.VmaxMEMSDriver), "V", "vmax_v");
 }
 
 }  // namespace
 
 const std::vector<ParameterRow>& Parameters() {
   static const std::vector<ParameterRow> rows = {
-      {"SampleRate", ParamSampleRate, 0, "samples/s", nullptr, true},
-      {"HardwareFilterBw", ParamHardwareFilterBw, 0, "Hz", nullptr, true},
-      {"VdifferenceMax", ParamVdifferenceMax, 0, "V", nullptr, true},
-      {"Vbias", ParamVbias, 0, "V", nullptr, true},
-      {"XOffset", ParamOutputOffsets, 0, "", nullptr, true},
-      {"YOffset", ParamOutputOffsets, 1, "", nullptr, true},
-      {"DataScale", ParamDataScale, 0, "", nullptr, true},
-      {"DataRotation", ParamDataRotation, 0, "rad", nullptr, true},
-      {"MEMSDriverEnable", ParamMEMSDriverEnable, 0, "", nullptr, true},
-      {"DigitalOutputEnable", ParamDigitalOutputEnable, 0, "", nullptr, true},
-      {"LaserModulationEnable", ParamLaserModulationEnable, 0, "", nullptr, true},
-      {"BufferOffset", ParamBufferOffset, 0, "samples", nullptr, true},
-      {"DeviceAxes", ParamDeviceAxes, 0, "", "ZRVAxes", true},
-      {"BootSetting", ParamBootSetting, 0, "", "ZRVBoot", true},
-      {"DataMode", ParamDataMode, 0, "", "ZRVDataMode", true},
-      {"SyncMode", ParamSyncMode, 0, "", "ZRVSync", true},
-      {"USARTBaudRate", ParamUSARTBaudRate, 0, "baud", nullptr, true},
-      {"DeviceState", ParamDeviceState, 0, "", nullptr, false},
-      {"SyncState", ParamSyncState, 0, "", nullptr, false},
+      {"SampleRate", ParamSampleRate, 0, "samples/s", nullptr, true, "samples played per second"},
+      {"HardwareFilterBw", ParamHardwareFilterBw, 0, "Hz", nullptr, true, "bandwidth of the low-pass ahead of the mirror"},
+      {"VdifferenceMax", ParamVdifferenceMax, 0, "V", nullptr, true, "largest difference of the voltages of an axis"},
+      {"Vbias", ParamVbias, 0, "V", nullptr, true, "bias voltage of the mirror driver"},
+      {"XOffset", ParamOutputOffsets, 0, "", nullptr, true, "offset of the output in X, -1..1"},
+      {"YOffset", ParamOutputOffsets, 1, "", nullptr, true, "offset of the output in Y, -1..1"},
+      {"DataScale", ParamDataScale, 0, "", nullptr, true, "factor on the positions, 0..1"},
+      {"DataRotation", ParamDataRotation, 0, "rad", nullptr, true, "rotation of the positions"},
+      {"MEMSDriverEnable", ParamMEMSDriverEnable, 0, "", "Switch", true, "mirror driver"},
+      {"DigitalOutputEnable", ParamDigitalOutputEnable, 0, "", "Switch", true, "digital outputs"},
+      {"LaserModulationEnable", ParamLaserModulationEnable, 0, "", "Switch", true, "laser modulation"},
+      {"BufferOffset", ParamBufferOffset, 0, "samples", nullptr, true, "offset in the sample memory"},
+      {"DeviceAxes", ParamDeviceAxes, 0, "", "ZRVAxes", true, "orientation of the axes"},
+      {"BootSetting", ParamBootSetting, 0, "", "ZRVBoot", true, "what the controller starts with"},
+      {"DataMode", ParamDataMode, 0, "", "ZRVDataMode", true, "what the controller plays or streams"},
+      {"SyncMode", ParamSyncMode, 0, "", "ZRVSync", true, "synchronisation output"},
+      {"USARTBaudRate", ParamUSARTBaudRate, 0, "baud", nullptr, true, "speed of the serial link"},
+      {"DeviceState", ParamDeviceState, 0, "", nullptr, false, "state word"},
+      {"SyncState", ParamSyncState, 0, "", nullptr, false, "output format code, 0..7"},
   };
   return rows;
 }
 
-const ParameterRow& FindParameter(const std::string& name) {
+std::string ParameterNames() {
+  constexpr std::size_t kLineWidth = 100;
   std::string names;
+  std::size_t lineStart = 0;
   for (const ParameterRow& row : Parameters()) {
-    if (name == row.name) return row;
-    names += (names.empty() ? "" : ", ") + std::string(row.name);
+    if (!names.empty()) names += ", ";
+    if (names.size() + std::strlen(row.name) > lineStart + kLineWidth) {
+      names.back() = '\n';
+      lineStart = names.size();
+    }
+    names += row.name;
   }
-  throw WrongUse("there is no parameter " + name + " (ErrorInvalidParam).\nThe parameters are " + names + ".");
+  return names;
+}
+
+const ParameterRow& FindParameter(const std::string& name) {
+  for (const ParameterRow& row : Parameters())
+    if (name == row.name) return row;
+  throw WrongUse("there is no parameter " + name + " (ErrorInvalidParam).\nThe parameters are\n" + ParameterNames() + ".");
 }
 
 std::string NameOfValue(const char* type, unsigned int value) {
@@ -145,14 +163,19 @@ std::string NameOfValue(const char* type, unsigned int value) {
   return std::to_string(value);
 }
 
-float ValueOf(const ParameterRow& row, const std::string& text) {
-  if (text == "on") return 1;
-  if (text == "off") return 0;
+std::string NamesOfValues(const ParameterRow& row, const char* separator) {
+  std::string names;
   for (const NamedValue& v : kNamedValues)
-    if (row.type && std::string(v.type) == row.type && text == v.name) return static_cast<float>(v.value);
-  if (row.type && (text.empty() || text[0] < '0' || text[0] > '9'))
-    throw WrongUse(std::string(row.name) + " cannot be " + text + ". It can be " + NamesOf(row.type) + ".");
-  return static_cast<float>(ParseNumber(text, row.name));
+    if (row.type && std::string(v.type) == row.type) names += (names.empty() ? "" : separator) + std::string(v.name);
+  return names;
+}
+
+float ValueOf(const ParameterRow& row, const std::string& text) {
+  if (!row.type) return static_cast<float>(std::clamp<double>(ParseNumber(text, row.name), -FLT_MAX, FLT_MAX));
+  for (const NamedValue& v : kNamedValues)
+    if (std::string(v.type) == row.type && (text == v.name || text == std::to_string(v.value)))
+      return static_cast<float>(v.value);
+  throw WrongUse(std::string(row.name) + " cannot be " + text + ". It can be " + NamesOfValues(row, ", ") + ".");
 }
 
 std::string Shown(const ParameterRow& row, float value) {
@@ -162,12 +185,20 @@ std::string Shown(const ParameterRow& row, float value) {
   return *row.unit ? std::string(text) + " " + row.unit : text;
 }
 
-void PrintRecord(const ZRVDeviceParams& params) {
-  PrintIdentity(params);
-  std::printf("\nSettings\n");
-  PrintSettings(params);
-  std::printf("\nLimits\n");
-  PrintLimits(params);
+Json JsonOf(const ParameterRow& row, float value) {
+  const bool whole = std::abs(value) < 1e9f && value == std::floor(value);
+  Json json = {{"value", whole ? Json(static_cast<int>(value)) : Json(Exact(value))}};
+  if (row.type) json["name"] = NameOfValue(row.type, static_cast<unsigned int>(value));
+  if (*row.unit) json["unit"] = row.unit;
+  return json;
+}
+
+Report RecordOf(const ZRVDeviceParams& params) {
+  Report report;
+  AddIdentity(report, params);
+  AddSettings(report, params);
+  AddLimits(report, params);
+  return report;
 }
 
 }  // namespace zrvtool

@@ -3,7 +3,8 @@
 #include <CLI/CLI.hpp>
 
 #include "commands.h"
-#include "errors.h"
+#include "help.h"
+#include "options.h"
 
 namespace zrvtool {
 namespace {
@@ -13,21 +14,18 @@ const char* TypeName(const OptionRow& row) {
     case OptionType::Number: return "NUMBER";
     case OptionType::Count: return "COUNT";
     case OptionType::Choice: return row.choices;
-    case OptionType::File:
-    case OptionType::FileArgument: return "FILE";
-    default: return "TEXT";
+    default: return *row.choices ? row.choices : "TEXT";
   }
 }
 
-CLI::Option* AddValue(CLI::App& command, const OptionRow& row, std::string& text) {
-  const bool positional = row.type == OptionType::Argument || row.type == OptionType::FileArgument;
-  CLI::Option* option = command.add_option((positional ? "" : "--") + std::string(row.name), text, row.help);
-  if (positional && *row.initial == '\0') option->required();
+void AddValue(CLI::App& command, const OptionRow& row, std::string& text) {
+  const bool argument = row.type == OptionType::Argument || row.type == OptionType::FileArgument;
+  const bool file = row.type == OptionType::File || row.type == OptionType::FileArgument;
+  const std::string name = (argument ? "" : "--") + std::string(row.name);
+  CLI::Option* option = file ? AddExistingFile(command, name, text, row.help)
+                             : command.add_option(name, text, row.help)->type_name(TypeName(row))->check(Valid(row));
+  if (argument && *row.initial == '\0') option->required();
   if (*row.initial != '\0') option->default_str(row.initial);
-  option->type_name(TypeName(row));
-  option->check([row](const std::string& given) { return Complaint(row, given); });
-  if (row.type == OptionType::File || row.type == OptionType::FileArgument) option->check(CLI::ExistingFile);
-  return option;
 }
 
 }  // namespace
@@ -49,14 +47,19 @@ void AddOptions(CLI::App& command, const std::vector<OptionRow>& rows, Values& v
   }
 }
 
-std::shared_ptr<PatternChoice> AddPatternKinds(CLI::App& command, const std::string& usage) {
+std::shared_ptr<PatternChoice> AddPatternKinds(CLI::App& command, const std::string& before, const std::string& after) {
   auto choice = std::make_shared<PatternChoice>();
+  command.option_defaults()->group(kPatternOptions);
   AddOptions(command, CommonOptions(), choice->common);
+  command.option_defaults()->group("Options");
+  const auto formatter = std::make_shared<HelpFormatter>();
+  formatter->label("SUBCOMMAND", "KIND");
+  command.formatter(formatter);
   for (const Kind& kind : Kinds()) {
     choice->own.push_back(std::make_unique<Values>());
     Values* values = choice->own.back().get();
-    CLI::App* sub = AddCommand(command, kind.name, kind.help, usage + " " + kind.example,
-                               "Options for every kind (samples, rate, transform, ...): " + usage + " --help");
+    CLI::App* sub = AddCommand(command, kind.name, kind.help, {before + " " + kind.example + after},
+                               "Options for every kind (samples, rate, transform, ...): " + before + " --help");
     sub->group(kind.group);
     AddOptions(*sub, kind.options, *values);
     sub->callback([choice = choice.get(), &kind, values] {

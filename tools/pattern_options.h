@@ -28,8 +28,12 @@ struct PatternChoice {
 // Adds the options of the rows to a command.
 void AddOptions(CLI::App& command, const std::vector<OptionRow>& rows, Values& values);
 
-// Adds a subcommand a kind and the common options. usage is what stands before the kind in examples.
-std::shared_ptr<PatternChoice> AddPatternKinds(CLI::App& command, const std::string& usage);
+// Heading of the options that every kind understands.
+inline constexpr char kPatternOptions[] = "Options of every pattern";
+
+// Adds a subcommand a kind and the common options. Examples are what stands before a kind, an example of the kind, and
+// what goes after it.
+std::shared_ptr<PatternChoice> AddPatternKinds(CLI::App& command, const std::string& before, const std::string& after);
 
 }  // namespace zrvtool
 

@@ -15,6 +15,8 @@ namespace {
 
 bool HasPictures() { return false; }
 
+void CheckPictureFile(const std::string& fileName) { Refuse("draw " + fileName); }
+
 struct Canvas::Surface {};
 
 Canvas::Canvas(const std::string& fileName, double, double) { Refuse("draw " + fileName); }

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <numbers>
 #include <optional>
 
@@ -19,17 +20,12 @@ std::optional<double> NumberIn(const std::string& text) {
   return value;
 }
 
-std::string Short(double value) {
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
 std::string RangeComplaint(const OptionRow& row, const std::string& text) {
   const std::optional<double> value = NumberIn(text);
   if (!value) return text + " is not a number";
   if (row.type == OptionType::Count && *value != std::floor(*value)) return text + " is not a whole number";
   if (*value >= row.lowest && *value <= row.highest) return {};
-  return text + " is not in " + Short(row.lowest) + " .. " + Short(row.highest);
+  return text + " is not in " + ShortNumber(row.lowest) + " .. " + ShortNumber(row.highest);
 }
 
 std::string ChoiceComplaint(const OptionRow& row, const std::string& text) {
@@ -65,6 +61,12 @@ double ParseNumber(const std::string& text, const std::string& what) {
   const std::optional<double> value = NumberIn(text);
   if (!value) throw WrongUse(what + ": " + text + " is not a number");
   return *value;
+}
+
+std::string ShortNumber(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.10g", value);
+  return text;
 }
 
 void Values::Declare(const std::vector<OptionRow>& rows) {

@@ -17,7 +17,7 @@ struct OptionRow {
   const char* initial;             // text of the value when it is not given
   const char* help;
   double lowest = 0, highest = 0;  // of numbers and counts
-  const char* choices = "";        // of choices: "none|blank|retrace"
+  const char* choices = "";        // "none|blank|retrace"; of a text: what its value is called
 };
 
 // Empty when the text is a good value for the row, else what is wrong with it.
@@ -28,6 +28,9 @@ std::vector<std::string> Split(const std::string& text, char separator);
 
 // A number that takes up the whole text; throws ToolError with the given name otherwise.
 double ParseNumber(const std::string& text, const std::string& what);
+
+// At most ten digits, and no more than it takes: "0.1", "1000000".
+std::string ShortNumber(double value);
 
 // The values of a set of rows. Asking for a name that no row declared is a mistake of the program
 // (std::out_of_range).

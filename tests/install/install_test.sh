@@ -13,6 +13,10 @@ headers=$(ls "$prefix/include" | sort | tr '\n' ' ')
 expected="ZRVDataGenerator.h ZRVDefinitions.h ZRVDevice.h ZRVFlatInterface.h ZRVSerialIO.h "
 [ "$headers" = "$expected" ] || { echo "installed headers: $headers"; exit 1; }
 
+for page in man/man1/zrv.1 bash-completion/completions/zrv zsh/site-functions/_zrv fish/vendor_completions.d/zrv.fish; do
+  grep -q zrv "$prefix/share/$page" || { echo "not installed: $page"; exit 1; }
+done
+
 cmake -S "$consumer" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
 cmake --build "$work/cmake" >/dev/null
 "$work/cmake/consumer" "$prefix/include/ZRVDefinitions.h"

@@ -15,7 +15,8 @@ namespace {
 TEST(CommandLine, EveryCommandExplainsItselfWithAnExample) {
   const std::string all = Zrv("--help").output;
   for (const char* command : {"list", "info", "play", "stop", "goto", "simulate", "demo", "get", "set", "save", "load",
-                              "analog", "track", "generate", "filter", "font", "gallery"}) {
+                              "analog", "track", "generate", "filter", "font", "gallery", "completion",
+                              "manual"}) {
     EXPECT_NE(all.find(std::string("\n  ") + command + " "), std::string::npos) << command;
     const Outcome help = Zrv(std::string(command) + " --help");
     EXPECT_EQ(help.status, 0) << command;
@@ -32,7 +33,8 @@ struct Wrong {
 
 // FOLDER stands for a directory of the test.
 const Wrong kWrong[] = {
-    {"", 2, "subcommand is required"},
+    {"", 2, "COMMAND is missing"},
+    {"dance", 2, "nothing called dance"},
     {"--port-dir FOLDER list", 1, "ErrorNoDeviceFound"},
     {"--port-dir FOLDER info ttyUSB7", 1, "could not connect to ttyUSB7"},
     {"--port-dir FOLDER play auto sine", 1, "ErrorNoDeviceFound"},
@@ -42,6 +44,7 @@ const Wrong kWrong[] = {
     {"set ttyUSB0 Vbais 40", 2, "Vbias"},
     {"set ttyUSB0 DeviceState 1", 2, "only be read"},
     {"set ttyUSB0 DeviceAxes AxesUpsideDown", 2, "AxesSwapFlipBoth"},
+    {"generate", 2, "KIND is missing"},
     {"generate rose", 2, "nothing to write"},
     {"generate rose --ring-a 0 -o FOLDER/x", 2, "0 is not in 1 .. 1000"},
     {"generate rose --keystone 1,2,3 -o FOLDER/x", 2, "eight numbers"},
@@ -56,6 +59,23 @@ const Wrong kWrong[] = {
     {"generate raster --pixels 5000 --lines 1000 -o FOLDER/x", 1, "fewer --pixels"},
     {"filter --filter bessel:5:1000", 2, "nothing to do"},
     {"filter --filter bessel:5:1e30 --response FOLDER/x.png", 2, "1e+30 Hz must be below"},
+    {"generate rose -o /dev/full", 1, "cannot write /dev/full: No space left"},
+    {"generate rose -o FOLDER/full.csv", 1, "cannot write"},
+    {"generate rose --preview FOLDER/full.png", 1, "cannot write"},
+    {"generate rose --preview FOLDER/full.svg", 1, "cannot write"},
+    {"font build -o /dev/full", 1, "cannot write"},
+    {"completion csh", 2, "none of bash, zsh, fish"},
+    {"filter FOLDER/points FOLDER/x --filter file:FOLDER/junk", 1, "FOLDER/junk gives no filter: it is no file of coeff"},
+    {"set ttyUSB0 DataMode 99", 2, "DataModeOrBEX1"},
+    {"set ttyUSB0 LaserModulationEnable 2", 2, "off, on"},
+    {"set ttyUSB0 Vbias nan", 2, "nan is not a number"},
+    {"play ttyUSB0 rose --seconds inf", 2, "inf is not a number"},
+    {"simulate --q nan", 2, "nan is not a number"},
+    {"simulate --ai0 sine:nan", 2, "nan is not a number"},
+    {"simulate --port-name ../x", 2, "../x\" is no name of a file"},
+    {"simulate --name a\x1b", 2, "control character"},
+    {"simulate --name 12345678901234567890123456789012", 2, "longer than 31 bytes"},
+    {"simulate --picture FOLDER/no/x.png", 1, "cannot write FOLDER/no/x.png"},
     {"load ttyUSB0 FOLDER/junk", 1, "holds no parameters"},
 };
 
@@ -68,6 +88,9 @@ TEST(CommandLine, MistakesAreExplainedAndFail) {
   const Folder folder;
   WriteText(folder.File("junk"), "no numbers here\n");
   WriteText(folder.File("points"), "0 0 1\n0.5 0 1\n");
+  for (const char* full : {"full.csv", "full.png", "full.svg"})
+    std::filesystem::create_symlink("/dev/full", folder.File(full));
+  EXPECT_EQ(Shell(ZRV_TOOL_FILE " manual >/dev/full").status, 1);
   for (const Wrong& row : kWrong) {
     const Outcome outcome = Zrv(Replaced(row.arguments, folder.Path()));
     EXPECT_EQ(outcome.status, row.status) << row.arguments << "\n" << outcome.output;

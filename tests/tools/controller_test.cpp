@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <nlohmann/json.hpp>
 
 #include "decoded_picture.h"
 #include "run_zrv.h"
@@ -35,6 +36,49 @@ TEST_F(WithSimulator, IsListedDescribedAndSetUp) {
   EXPECT_EQ(Zrv(At() + "get ttyUSB0 SampleRate").output, "34567 samples/s\n");
   EXPECT_EQ(Zrv(At() + "set auto DeviceAxes AxesSwap").output, "DeviceAxes is now AxesSwap\n");
   Shown("get auto", {"AxesSwap"});
+}
+
+// The name has a quote, a backslash and a byte that is no UTF-8.
+TEST(Json, IsWholeAndValidWhateverTheNameOfTheController) {
+  const Folder folder;
+  Background simulator({"simulate", "--port-dir", folder.Path(), "--name", "a\"\\\xFF", "--ai1", "dc:0.5"});
+  ASSERT_TRUE(simulator.WaitFor("Ctrl-C ends it"));
+  const auto zrv = [&](const std::string& arguments) {
+    const Outcome outcome = Zrv("--port-dir " + folder.Path() + " " + arguments + " --json");
+    EXPECT_EQ(outcome.status, 0) << outcome.output;
+    return nlohmann::json::parse(outcome.output);
+  };
+  const char kName[] = "a\"\\\xEF\xBF\xBD";
+  const auto list = zrv("list");
+  ASSERT_EQ(list.size(), 1u);
+  EXPECT_EQ(list[0]["port"], "ttyUSB0");
+  EXPECT_EQ(list[0]["name"], kName);
+  EXPECT_EQ(list[0]["vmax_v"], 140);
+
+  Zrv("--port-dir " + folder.Path() + " set ttyUSB0 DataScale 0.1");
+  Zrv("--port-dir " + folder.Path() + " set ttyUSB0 DeviceAxes 5");
+  const auto info = zrv("info auto");
+  EXPECT_EQ(info["name"], kName);
+  EXPECT_EQ(info["settings"]["axes"], "AxesSwapFlipX");
+  EXPECT_EQ(info["limits"]["samples_held"], 25000);
+  const auto all = zrv("get auto");
+  EXPECT_EQ(all["DeviceAxes"], (nlohmann::json{{"value", 5}, {"name", "AxesSwapFlipX"}}));
+  EXPECT_EQ(zrv("get auto SampleRate"), (nlohmann::json{{"SampleRate", {{"value", 20000}, {"unit", "samples/s"}}}}));
+
+  const auto live = zrv("analog auto --seconds 0.2 --interval 50");
+  EXPECT_GE(live["time_s"].size(), 3u);
+  EXPECT_EQ(live["detector"].size(), live["time_s"].size());
+  const auto capture = zrv("analog auto --capture 40");
+  EXPECT_NEAR(capture["time_s"][39].get<double>(), 39 / 20000.0, 1e-9);
+  EXPECT_NEAR(capture["ai1_v"][39].get<double>(), 0.5, 0.001);
+  EXPECT_FALSE(capture.contains("detector"));
+
+  WriteText(folder.File("points"), "0 0 1\n0.5 -0.1 0\n");
+  const auto file = zrv("info " + folder.File("points"));
+  EXPECT_EQ(file["type"], "point file");
+  EXPECT_EQ(file["lit"], 1);
+  EXPECT_EQ(file["y_min"], -0.1);
+  EXPECT_TRUE(file["rate_hz"].is_null());
 }
 
 TEST_F(WithSimulator, PlaysSoManyTimesAndStops) {

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -25,6 +26,17 @@ double Now() {
 Outcome Zrv(const std::string& arguments) {
   std::istringstream words(arguments);
   return Background({std::istream_iterator<std::string>(words), {}}).Finish(120);
+}
+
+Outcome Shell(const std::string& command) {
+  Outcome outcome;
+  std::FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+  if (!pipe) throw std::runtime_error("popen");
+  char buffer[4096];
+  for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) outcome.output.append(buffer, n);
+  const int status = pclose(pipe);
+  if (WIFEXITED(status)) outcome.status = WEXITSTATUS(status);
+  return outcome;
 }
 
 Background::Background(const std::vector<std::string>& arguments) {

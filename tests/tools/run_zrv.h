@@ -15,6 +15,9 @@ struct Outcome {
   std::string output;  // standard output and errors together
 };
 
+// A command of the shell.
+Outcome Shell(const std::string& command);
+
 // zrv with these arguments, separated by spaces.
 Outcome Zrv(const std::string& arguments);
 
