@@ -80,7 +80,8 @@ TEST(Manual, NamesEverythingAndIsOnlyRequestsAndText) {
   const std::string requests = " .TH .SH .SS .PP .TP .B .RS .RE .nf .fi ";
   for (std::string line; std::getline(lines, line);) {
     EXPECT_NE(line, "");
-    if (line[0] == '.') EXPECT_NE(requests.find(" " + line.substr(0, line.find(' ')) + " "), std::string::npos) << line;
+    const std::string request = ' ' + line.substr(0, line.find(' ')) + ' ';
+    EXPECT_EQ(line[0] == '.', requests.find(request) != std::string::npos) << line;
     EXPECT_NE(line[0], '\'') << line;
   }
 }

@@ -63,13 +63,13 @@ TEST(Json, IsWholeAndValidWhateverTheNameOfTheController) {
   EXPECT_EQ(info["limits"]["samples_held"], 25000);
   const auto all = zrv("get auto");
   EXPECT_EQ(all["DeviceAxes"], (nlohmann::json{{"value", 5}, {"name", "AxesSwapFlipX"}}));
-  EXPECT_EQ(zrv("get auto SampleRate"), (nlohmann::json{{"SampleRate", {{"value", 20000}, {"unit", "samples/s"}}}}));
+  EXPECT_EQ(zrv("get auto SampleRate"), (nlohmann::json{{"SampleRate", {{"value", 10000}, {"unit", "samples/s"}}}}));
 
   const auto live = zrv("analog auto --seconds 0.2 --interval 50");
   EXPECT_GE(live["time_s"].size(), 3u);
   EXPECT_EQ(live["detector"].size(), live["time_s"].size());
   const auto capture = zrv("analog auto --capture 40");
-  EXPECT_NEAR(capture["time_s"][39].get<double>(), 39 / 20000.0, 1e-9);
+  EXPECT_NEAR(capture["time_s"][39].get<double>(), 39 / 10000.0, 1e-9);
   EXPECT_NEAR(capture["ai1_v"][39].get<double>(), 0.5, 0.001);
   EXPECT_FALSE(capture.contains("detector"));
 
