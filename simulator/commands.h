@@ -19,6 +19,7 @@ using Reply = std::optional<std::vector<uint8_t>>;
 
 struct Command {
   uint8_t code;
+  const char* name;
   uint8_t minPayload, maxPayload;  // bytes
   bool acknowledged;               // whether hosts wait for it
   Reply (*run)(Controller& controller, LittleEndianReader& payload);

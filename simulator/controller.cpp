@@ -111,6 +111,7 @@ void Controller::Receive(std::span<const uint8_t> bytes, double now) {
   GiveUpAfterSilence();
   lastReceived_ = now_;
   bytes = bytes.first(faults_.Accept(bytes.size()));
+  bytesReceived_ += bytes.size();
   while (!bytes.empty()) {
     if (blockFollows_) {
       bytes = bytes.subspan(ReceiveBlock(bytes));
@@ -138,6 +139,8 @@ void Controller::Execute(const Frame& frame) {
   LittleEndianReader payload(frame.payload);
   const Reply reply = fits ? command->run(*this, payload) : std::nullopt;
   ++(reply ? accepted_ : rejected_);
+  Tell(reply ? LinkEvent::Kind::kCommand : LinkEvent::Kind::kRefused, frame.code, size + kFrameOverhead,
+       frame.payload);
   if (!reply) return;
   std::vector<uint8_t> answer = *reply;
   if (command->acknowledged) answer.insert(answer.begin(), kAcknowledge.begin(), kAcknowledge.end());
@@ -155,6 +158,7 @@ size_t Controller::ReceiveBlock(std::span<const uint8_t> bytes) {
 void Controller::FinishBlock() {
   blockFollows_ = false;
   announced_ = 0;
+  Tell(LinkEvent::Kind::kBlock, kCmdBlockFollows, received_.size(), received_);
   playback_.Load(DecodeBlock(options_.formatCode, received_));
   if (playback_.playing()) RestartClock(now_);
   Answer(kCmdBlockFollows, kAcknowledge, kAcknowledge.size());
@@ -163,7 +167,23 @@ void Controller::FinishBlock() {
 
 // --- What goes to the host ---
 
+void Controller::Tell(LinkEvent::Kind kind, uint8_t code, size_t bytes, std::span<const uint8_t> content) const {
+  if (observer_) observer_({kind, now_, code, bytes, content});
+}
+
+size_t Controller::Take(std::span<uint8_t> buffer) {
+  const size_t taken = answers_.Take(buffer, now_);
+  bytesTaken_ += taken;
+  return taken;
+}
+
 void Controller::Answer(uint8_t code, std::span<const uint8_t> bytes, uint64_t firstByte) {
+  const size_t before = answers_.size();
+  Put(code, bytes, firstByte);
+  if (answers_.size() > before) Tell(LinkEvent::Kind::kAnswer, code, answers_.size() - before, bytes);
+}
+
+void Controller::Put(uint8_t code, std::span<const uint8_t> bytes, uint64_t firstByte) {
   faults_.BeginAnswer(bytes.size());
   for (size_t i = 0; i < bytes.size(); ++i) {
     if (faults_.silent() || faults_.linkCut()) return;

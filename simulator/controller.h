@@ -25,11 +25,13 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "simulator/answer_queue.h"
 #include "simulator/faults.h"
 #include "simulator/frame_parser.h"
+#include "simulator/link_observer.h"
 #include "simulator/mirror.h"
 #include "simulator/options.h"
 #include "simulator/playback.h"
@@ -39,6 +41,11 @@
 namespace zrv::sim {
 
 struct Command;
+
+struct CommandInfo {
+  const char* name;   // "unknown command" for a code that is none
+  bool acknowledged;  // whether hosts wait for an acknowledgement
+};
 
 // A point that the mirror drew while the controller was playing.
 struct PathPoint {
@@ -74,7 +81,7 @@ class Controller {
   // Bytes for the host that are due, as of the last Advance or Receive.
   size_t Available() const { return answers_.Due(now_); }
   // Takes up to buffer.size() of them; returns how many.
-  size_t Take(std::span<uint8_t> buffer) { return answers_.Take(buffer, now_); }
+  size_t Take(std::span<uint8_t> buffer);
   // Drops those, as a purge at the host's end does. What is delayed still comes.
   void DiscardDue() { answers_.DropDue(now_); }
 
@@ -92,15 +99,24 @@ class Controller {
   bool IsPlaying() const { return playback_.playing(); }
   uint32_t SamplesRemaining() const { return playback_.Remaining(); }
   uint32_t SampleIndex() const { return playback_.index(); }
+  uint32_t Rounds() const { return playback_.rounds(); }  // asked for at the last start; 0: without end
   const Sample& Output() const { return output_; }      // the sample being put out
   MirrorPosition Mirror() const { return mirror_.position(); }
   const std::vector<Sample>& Block() const { return playback_.block(); }
   // The newest points drawn, oldest first, Options::pathCapacity at most.
   std::vector<PathPoint> DrawnPath() const { return path_.Copy(); }
+  const Ring<PathPoint>& Path() const { return path_; }  // the same in place, until time passes
   void ClearDrawnPath() { path_.Clear(); }
   // Frames obeyed, and frames or commands that were dropped as broken, unknown or impossible.
   uint64_t FramesAccepted() const { return accepted_; }
   uint64_t FramesRejected() const { return rejected_ + parser_.faults(); }
+  uint64_t BytesReceived() const { return bytesReceived_; }
+  uint64_t BytesTaken() const { return bytesTaken_; }
+
+  // Tells the observer of all that passes on the link from now on; an empty one ends that. It is called from within
+  // Receive and Advance and may not call the controller.
+  void Observe(LinkObserver observer) { observer_ = std::move(observer); }
+  static CommandInfo Describe(uint8_t code);
 
   // The world around the controller.
   void SetAnalogInput(unsigned channel, const AnalogSignal& signal);  // channel 0 or 1
@@ -126,7 +142,9 @@ class Controller {
   void GiveUpAfterSilence();
   size_t ReceiveBlock(std::span<const uint8_t> bytes);
   void FinishBlock();
+  void Tell(LinkEvent::Kind kind, uint8_t code, size_t bytes, std::span<const uint8_t> content) const;
   void Answer(uint8_t code, std::span<const uint8_t> bytes, uint64_t firstByte = 0);
+  void Put(uint8_t code, std::span<const uint8_t> bytes, uint64_t firstByte);
   void RunTicks(uint64_t ticks);
   void RunClock();
   void Tick();
@@ -171,6 +189,8 @@ class Controller {
   std::array<int, 2> trackIntegrals_{};
   uint64_t accepted_ = 0;
   uint64_t rejected_ = 0;
+  uint64_t bytesReceived_ = 0, bytesTaken_ = 0;
+  LinkObserver observer_;
 };
 
 }  // namespace zrv::sim

@@ -32,6 +32,7 @@ class Playback {
 
   bool playing() const { return playing_; }
   const std::vector<Sample>& block() const { return block_; }
+  uint32_t rounds() const { return static_cast<uint32_t>(rounds_); }
   // Of the sample last put out.
   uint32_t index() const;
   // Samples still to play: of all rounds, or of the round under way when there is no end. At most 24 bits.

@@ -3,6 +3,7 @@
 #define ZRV_SIMULATOR_RING_H
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace zrv::sim {
@@ -13,6 +14,7 @@ class Ring {
   explicit Ring(size_t capacity) : capacity_(capacity) {}
 
   void Push(const T& value) {
+    ++pushed_;
     if (capacity_ == 0) return;
     if (entries_.size() < capacity_) {
       entries_.push_back(value);
@@ -23,10 +25,13 @@ class Ring {
   }
 
   size_t size() const { return entries_.size(); }
+  // All that ever came, also what is forgotten by now.
+  uint64_t pushed() const { return pushed_; }
   // 0 is the newest; age < size().
   const T& FromNewest(size_t age) const {
     return entries_[(oldest_ + entries_.size() - 1 - age) % entries_.size()];
   }
+  T& Newest() { return entries_[(oldest_ + entries_.size() - 1) % entries_.size()]; }  // when there is one
 
   // Oldest first.
   std::vector<T> Copy() const {
@@ -44,6 +49,7 @@ class Ring {
  private:
   size_t capacity_;
   size_t oldest_ = 0;
+  uint64_t pushed_ = 0;
   std::vector<T> entries_;
 };
 
