@@ -22,7 +22,8 @@ need() {
 need_for_build() {
   need "building the library" cmake ninja-build g++ pkg-config libopencv-core-dev libopencv-imgproc-dev \
     hershey-fonts-data
-  need "building the zrv command line" libcli11-dev nlohmann-json3-dev libcairo2-dev libturbojpeg0-dev
+  need "building the zrv command line" libcli11-dev nlohmann-json3-dev libcairo2-dev libturbojpeg0-dev \
+    libmicrohttpd-dev
 }
 
 # Compilations are cached when ccache is there.

@@ -2,10 +2,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <tuple>
 
 #include "commands.h"
 #include "errors.h"
+#include "live_view.h"
 #include "mirror_path.h"
 #include "options.h"
 #include "picture.h"
@@ -24,6 +26,8 @@ struct SimulateCommand {
   sim::PortOptions port;
   std::string ai0 = "mirror-x:0:5", ai1 = "mirror-y:0:5", detector = "dc:0.5", picture;
   bool noFilter = false, noTracking = false;
+  const CLI::Option* view = nullptr;
+  std::uint16_t viewPort = 0;
 };
 
 sim::AnalogSignal::Shape ShapeIn(const std::string& word) {
@@ -49,13 +53,18 @@ sim::AnalogSignal SignalIn(const std::string& text) {
   return signal;
 }
 
-void PrintWhereItIs(const SimulateCommand& command, const std::string& port) {
-  const char* program = ProgramName().c_str();
-  const std::string how = command.portDirectory->empty() ? "" : "--port-dir " + *command.portDirectory + " ";
-  const std::string name = command.portDirectory->empty() ? port : port.substr(port.rfind('/') + 1);
+// "zrv --port-dir DIR COMMAND PORT", as it is to be typed in another terminal.
+std::string Typed(const SimulateCommand& command, const std::string& words, const std::string& port) {
+  const std::string& directory = *command.portDirectory;
+  if (directory.empty()) return ProgramName() + " " + words + " " + port;
+  return ProgramName() + " --port-dir " + directory + " " + words + " " + port.substr(port.rfind('/') + 1);
+}
+
+void PrintWhereItIs(const SimulateCommand& command, const std::string& port, const std::string& viewUrl) {
   std::printf("simulated controller \"%s\" at %s\n", command.options.deviceName.c_str(), port.c_str());
-  std::printf("in another terminal:  %s %sinfo %s\n", program, how.c_str(), name.c_str());
-  std::printf("                      %s %splay %s lissajous\n", program, how.c_str(), name.c_str());
+  std::printf("in another terminal:  %s\n", Typed(command, "info", port).c_str());
+  std::printf("                      %s lissajous\n", Typed(command, "play", port).c_str());
+  if (!viewUrl.empty()) std::printf("live view:            %s\n", viewUrl.c_str());
   std::printf("Ctrl-C ends it.\n");
   std::fflush(stdout);
 }
@@ -87,7 +96,10 @@ void Simulate(SimulateCommand& command) {
   command.options.photoDetector = SignalIn(command.detector);
   command.port.portDirectory = *command.portDirectory;
   sim::PseudoTerminal terminal(command.options, command.port);
-  PrintWhereItIs(command, terminal.Port());
+  std::optional<LiveView> view;
+  if (command.view->count() > 0)
+    view.emplace(terminal, command.viewPort, Typed(command, "play", terminal.Port()) + " lissajous");
+  PrintWhereItIs(command, terminal.Port(), view ? view->Url() : "");
   {
     StatusLine status;
     do status.Show(terminal.Access([](sim::Controller& c) { return StatusOf(c); }));
@@ -137,7 +149,9 @@ void AddSimulateCommand(CLI::App& app, const std::string& portDirectory) {
                                  "It answers on a pseudo-terminal; with --port-dir the port also gets a name there\n"
                                  "(ttyUSB0), so that zrv --port-dir DIR list finds it. A SIGNAL is shape:offset:\n"
                                  "amplitude:frequency, what is left out being 0. Shapes: dc, sine, noise, mirror-x,\n"
-                                 "mirror-y (they follow the mirror). Volts and hertz, for instance sine:0:2:50.");
+                                 "mirror-y (they follow the mirror). Volts and hertz, for instance sine:0:2:50.\n\n"
+                                 "With --view a browser on this machine, and no other, shows what the mirror draws as it\n"
+                                 "draws it, the settings and the traffic on the link.");
   AddControllerOptions(command, *simulate);
   AddWorldOptions(command, *simulate);
   command->add_option("--port-name", simulate->port.portName, "name in the port directory; else the first free ttyUSB")
@@ -145,6 +159,10 @@ void AddSimulateCommand(CLI::App& app, const std::string& portDirectory) {
   AddNumber(*command, "--baud", simulate->port.baudRate, "as slow as a serial line of so many baud; 0: no limit", 0,
             100000000);
   AddFile(*command, "--picture", simulate->picture, "at the end, a picture of what the mirror drew last");
+  simulate->view = command->add_option("--view", simulate->viewPort,
+                                       "show what it does on a page for the browser, at http://127.0.0.1:PORT/;\n"
+                                       "without a number, or with 0, at a port that is free")
+                       ->type_name("[PORT]")->expected(0, 1)->default_str("0")->check(CLI::Range(0, 65535));
   command->callback([simulate] { Simulate(*simulate); });
 }
 
