@@ -29,13 +29,12 @@ TEST(LinkLogTest, KeepsEachCommandWithItsAnswer) {
   Host host;
   LinkLog log(6);
   host.controller.Observe([&log](const LinkEvent& event) { log.Add(event); });
-  host.Say(kStateFrame + kStateFrame);                  // the same again: one row
-  host.Say("B5 B0 2B E9 08 34 12 0A");                  // obeyed in silence
-  host.Say("B5 B0 2B E9 08 34 12 0A B5 B0 2B E7 07 09 0A");  // no such axes
-  host.Load("B5 B0 2B B1 09 0A 00 00 0A", "00 00 00 00 00 FF FF FF FF FF");
-  host.Say("B5 B0 2B F3 07 01 0A");
-  host.now += 1;
-  host.Hear();  // the two samples are over: the controller says so
+  host.Say("F4"), host.Say("F4");  // the same again: one row
+  host.Say("E9 34 12"), host.Say("E9 34 12");  // obeyed in silence
+  host.Say("E7 09");                           // no such axes
+  host.Load("00 00 00 00 00 FF FF FF FF FF");
+  host.Say("F3 01");
+  host.HearAfter(1);  // the two samples are over: the controller says so
   EXPECT_EQ(Texts(log), (std::vector<std::string>{
                             "E7 refused x1 ack 0 to 7 from 0 payload 1",
                             "B1 command x1 ack 1 to 9 from 3 payload 3",
@@ -51,17 +50,16 @@ TEST(LinkLogTest, CountsRepeatsStreamsAndSilence) {
   Host host;
   LinkLog log(10);
   host.controller.Observe([&log](const LinkEvent& event) { log.Add(event); });
-  host.Say(kStateFrame + kStateFrame);
+  host.Say("F4"), host.Say("F4");
   host.controller.faults().StopAnswering();
-  host.Say(kStateFrame);
+  host.Say("F4");
   host.controller.faults() = {};
-  host.Say("B5 B0 2B B5 07 06 0A");  // both analog inputs, 4 bytes a sample
-  host.now += 0.01;
-  host.Hear();
+  host.Say("B5 06");  // both analog inputs, 4 bytes a sample
+  host.HearAfter(0.01);
   EXPECT_EQ(Texts(log), (std::vector<std::string>{"F4 command x3 ack 2 to 18 from 10 payload 0",
                                                   "B5 command x1 ack 0 to 7 from 400 payload 1"}));
   host.controller.Observe({});
-  host.Say(kStateFrame);
+  host.Say("F4");
   EXPECT_EQ(log.Copy().size(), 2u);
 }
 

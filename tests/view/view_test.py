@@ -94,7 +94,7 @@ class HttpTest(unittest.TestCase):
                 ("of another port", page, f"127.0.0.1:{port - 1}", 403),
                 ("of no port", page, "127.0.0.1", 403),
                 ("points, of another name", b"GET /drawn?after=0 HTTP/1.1\r\nHOST\r\n\r\n", "a.example", 403),
-                ("without a name", b"GET / HTTP/1.1\r\n\r\n", None, 400),
+                ("without a name", b"GET / HTTP/1.1\r\n\r\n", None, 403),
                 ("an unknown path", page.replace(b"/ ", b"/../secret "), None, 404),
                 ("points after a word", b"GET /drawn?after=-1 HTTP/1.1\r\nHOST\r\n\r\n", None, 400),
                 ("points after too much", b"GET /drawn?after=18446744073709551616 HTTP/1.1\r\nHOST\r\n\r\n", None, 400),
@@ -233,13 +233,13 @@ class BrowserTest(unittest.TestCase):
         with open(file, "wb") as out:
             out.write(drawing(lines))
         self.play("ilda", file, "--rate", "20000")
-        picture, box = self.picture("colours.png")
+        picture, box = self.picture("colours.png")  # a drawing is scaled to 0.9
         for colour, side in ((red, 1), (green, -1)):
             points = lit(picture, box, colour, least=200)
             self.assertGreater(len(points), 200)
-            self.assertTrue(all(0.4 < x * side < 0.75 for x, y in points), colour)
-            self.assertLess(min(y for x, y in points), -0.4)
-            self.assertGreater(max(y for x, y in points), 0.4)
+            self.assertTrue(all(0.8 < x * side < 0.95 for x, y in points), colour)
+            self.assertLess(min(y for x, y in points), -0.8)
+            self.assertGreater(max(y for x, y in points), 0.8)
 
         # Paused, the picture stays as it is.
         self.browser.evaluate("document.dispatchEvent(new KeyboardEvent('keydown', {key: 'p'}))")
