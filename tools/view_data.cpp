@@ -238,7 +238,7 @@ Json ViewState(const sim::Controller& controller, const sim::LinkLog& log) {
           {"drawn", controller.Path().pushed()},
           {"x", controller.Mirror().x},
           {"y", controller.Mirror().y},
-          {"light", light.lit ? Format("#%06x", light.rgb) : ""},
+          {"light", light.lit && controller.settings().laserModulation ? Format("#%06x", light.rgb) : ""},
           {"groups", Groups(controller)},
           {"traffic", Traffic(log)}};
 }
