@@ -220,7 +220,7 @@ class BrowserTest(unittest.TestCase):
         self.browser.wait_for("!document.getElementById('hint').hidden")
         time.sleep(5)
         picture, box = self.picture("faded.png")
-        self.assertEqual(lit(picture, box, AMBER, least=60), [])  # nor is the spot where the mirror rests lit
+        self.assertEqual(lit(picture, box, AMBER), [])  # nor is the spot where the mirror rests lit
         self.assert_clean()
 
     def test_shows_colours_pauses_and_comes_back(self):
