@@ -58,7 +58,9 @@ void LinkLog::AddFromHost(const LinkEvent& event) {
 // An answer belongs to the newest exchange when that has the same command, except an acknowledgement more than there
 // were commands: with it the controller reports the end of what it was told to play.
 void LinkLog::AddAnswer(const LinkEvent& event) {
-  const bool acknowledges = std::ranges::equal(event.content, protocol::kAcknowledge);
+  const auto& mark = protocol::kAcknowledge;
+  const bool acknowledges =
+      event.content.size() >= mark.size() && std::ranges::equal(event.content.first(mark.size()), mark);
   const auto belongs = [&](const Exchange& e) {
     return e.code == event.code && (e.kind == Kind::kReport || !acknowledges || e.acknowledgements < e.times);
   };

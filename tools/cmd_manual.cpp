@@ -25,7 +25,12 @@ std::string Escaped(const std::string& text) {
 }
 
 void Section(const char* name) { std::printf(".SH %s\n", name); }
-void Paragraph(const std::string& text) { std::printf(".PP\n%s\n", Escaped(text).c_str()); }
+// Text, of which empty lines make paragraphs.
+void Paragraph(const std::string& text) {
+  const std::size_t end = text.find("\n\n");
+  std::printf(".PP\n%s\n", Escaped(text.substr(0, end)).c_str());
+  if (end != std::string::npos) Paragraph(text.substr(end + 2));
+}
 void Line(const std::string& text) { std::printf("%s\n", Escaped(text).c_str()); }
 
 void Item(const std::string& head, const std::string& text) {

@@ -225,6 +225,8 @@ class BrowserTest(unittest.TestCase):
 
     def test_shows_colours_pauses_and_comes_back(self):
         self.watch("--format", "3")
+        # Glows on for long, so that a slow machine still shows all of the drawing at once.
+        self.browser.evaluate("document.getElementById('persistence').value = 80")
         red, green = (255, 0, 0), (0, 255, 0)
         step = [i / 300 for i in range(301)]
         lines = ([(0.6, 0.6 - 1.2 * t, red) for t in step] + [(0.6 - 1.2 * t, -0.6, None) for t in step] +
