@@ -36,9 +36,14 @@ struct Path {
 
 float Length(Point d) { return std::sqrt(d.x * d.x + d.y * d.y); }
 
+void MeasureSegments(const Path& path, float* lengths) {
+  for (size_t i = 0; i < path.Segments(); ++i) lengths[i] = Length(path.Step(i));
+}
+
+// Without a branch, which would go either way as often.
 unsigned int RoundHalfUp(float value) {
   const float floor = std::floor(value);
-  return zrv::WholeCount(value - floor < 0.5f ? floor : std::ceil(value));
+  return zrv::WholeCount(floor + static_cast<float>(!(value - floor < 0.5f)));
 }
 
 struct Outputs {
@@ -58,34 +63,63 @@ struct Outputs {
   }
 };
 
-// n points from one to the other, the end left out; share(j) is the part of the way at point j.
+// Samples written at a time.
+constexpr unsigned int kStep = 8;
+// Where so many samples are sure to follow, the last step may reach into them, as they are written later: with a few
+// samples a segment, the odd ones at its end would take longer than all others.
+constexpr unsigned int kSurplus = 2 * kStep;
+// Single precision counts up to here; beyond, each position is rounded from its whole number.
+constexpr unsigned int kMostCounted = 1u << 24;
+
+struct Stretch {
+  float* x;
+  float* y;
+  unsigned int n;
+  bool surplus;  // of up to a step may be written behind it
+
+  Stretch From(unsigned int first, unsigned int count) const { return {x + first, y + first, count, surplus}; }
+};
+
+// share(j, left) is the part of the way at point j, with left = n - j.
+template <unsigned int kCount, typename Share>
+inline void WritePoints(const Stretch& out, unsigned int first, Point from, Point to, Share share) {
+  const auto j = static_cast<float>(first), left = static_cast<float>(out.n - first);
+  float s[kCount];
+  for (unsigned int k = 0; k < kCount; ++k) s[k] = share(j + static_cast<float>(k), left - static_cast<float>(k));
+  for (unsigned int k = 0; k < kCount; ++k) out.x[first + k] = (1.0f - s[k]) * from.x + s[k] * to.x;
+  for (unsigned int k = 0; k < kCount; ++k) out.y[first + k] = (1.0f - s[k]) * from.y + s[k] * to.y;
+}
+
+// The points from one to the other, the end left out.
 template <typename Share>
-void WriteRamp(float* x, float* y, unsigned int n, Point from, Point to, Share share) {
-  for (unsigned int j = 0; j < n; ++j) {
-    const float s = share(j);
-    x[j] = (1.0f - s) * from.x + s * to.x;
-    y[j] = (1.0f - s) * from.y + s * to.y;
+void WriteRamp(const Stretch& out, Point from, Point to, Share share) {
+  unsigned int j = 0;
+  if (out.surplus) {  // once at least: most often no more
+    do WritePoints<kStep>(out, j, from, to, share);
+    while ((j += kStep) < out.n);
+    return;
   }
+  if (out.n <= kMostCounted) {
+    for (; out.n - j >= kStep; j += kStep) WritePoints<kStep>(out, j, from, to, share);
+  }
+  for (; j < out.n; ++j) WritePoints<1>(out, j, from, to, share);
 }
 
-void WriteSteady(float* x, float* y, unsigned int n, Point from, Point to) {
-  const auto whole = static_cast<float>(n);
-  WriteRamp(x, y, n, from, to, [=](unsigned int j) { return static_cast<float>(j) / whole; });
+void WriteSteady(const Stretch& out, Point from, Point to) {
+  WriteRamp(out, from, to, [whole = static_cast<float>(out.n)](float j, float) { return j / whole; });
 }
 
-void WriteSpeedingUp(float* x, float* y, unsigned int n, Point from, Point to) {
-  const auto whole = static_cast<float>(n);
-  WriteRamp(x, y, n, from, to, [=](unsigned int j) {
-    const float t = static_cast<float>(j) / whole;
+void WriteSpeedingUp(const Stretch& out, Point from, Point to) {
+  WriteRamp(out, from, to, [whole = static_cast<float>(out.n)](float j, float) {
+    const float t = j / whole;
     return t * t;
   });
 }
 
-void WriteSlowingDown(float* x, float* y, unsigned int n, Point from, Point to) {
-  const auto whole = static_cast<float>(n);
-  WriteRamp(x, y, n, from, to, [=](unsigned int j) {
-    const float left = static_cast<float>(n - j) / whole;
-    return 1.0f - left * left;
+void WriteSlowingDown(const Stretch& out, Point from, Point to) {
+  WriteRamp(out, from, to, [whole = static_cast<float>(out.n)](float, float left) {
+    const float t = left / whole;
+    return 1.0f - t * t;
   });
 }
 
@@ -99,49 +133,57 @@ struct Acceleration {
 // Writes segments one after another, never more than the promised number of samples in all.
 class SegmentWriter {
  public:
-  SegmentWriter(const Path& path, const Outputs& out, unsigned int numSamples)
-      : path_(path), out_(out), limit_(numSamples + path.Segments()) {}
+  // numSure: segments that will be given a sample at least.
+  SegmentWriter(const Path& path, const Outputs& out, unsigned int numSamples, size_t numSure)
+      : path_(path), out_(out), limit_(numSamples + path.Segments()), sure_(numSure) {}
 
   size_t Written() const { return written_; }
 
   void Steady(size_t segment, unsigned int wanted) {
-    const unsigned int n = Granted(wanted);
-    WriteSteady(out_.x + written_, out_.y + written_, n, path_[segment], path_[segment + 1]);
-    Finish(segment, n);
+    const Stretch out = Begin(wanted);
+    WriteSteady(out, path_[segment], path_[segment + 1]);
+    Finish(segment, out);
   }
 
   // Constant acceleration from rest, constant speed, constant deceleration to rest.
-  void ThreePhase(size_t segment, unsigned int wanted, Acceleration part) {
+  void ThreePhase(size_t segment, unsigned int wanted, const Acceleration& part) {
     if (wanted < kShortestProfile) return Steady(segment, wanted);
-    const unsigned int n = Granted(wanted);
-    const float twice = 2.0f * static_cast<float>(n);
-    const unsigned int speedUp = std::min(n, zrv::WholeCount(std::ceil(twice * part.start / part.total)));
-    const unsigned int slowDown = std::min(n - speedUp, zrv::WholeCount(std::floor(twice * part.end / part.total)));
-    const unsigned int steady = n - speedUp - slowDown;
+    const Stretch out = Begin(wanted);
+    const float twice = 2.0f * static_cast<float>(out.n);
+    const unsigned int speedUp = std::min(out.n, zrv::WholeCount(std::ceil(twice * part.start / part.total)));
+    const unsigned int slowDown = std::min(out.n - speedUp, zrv::WholeCount(std::floor(twice * part.end / part.total)));
+    const unsigned int steady = out.n - speedUp - slowDown;
 
     const Point from = path_[segment], to = path_[segment + 1], d = path_.Step(segment);
     const Point cruise = {from.x + part.start * d.x, from.y + part.start * d.y};
     const Point brake = {to.x - part.end * d.x, to.y - part.end * d.y};
-    float* x = out_.x + written_;
-    float* y = out_.y + written_;
-    WriteSpeedingUp(x, y, speedUp, from, cruise);
-    WriteSteady(x + speedUp, y + speedUp, steady, cruise, brake);
-    WriteSlowingDown(x + speedUp + steady, y + speedUp + steady, slowDown, brake, to);
-    Finish(segment, n);
+    WriteSpeedingUp(out.From(0, speedUp), from, cruise);
+    WriteSteady(out.From(speedUp, steady), cruise, brake);
+    WriteSlowingDown(out.From(speedUp + steady, slowDown), brake, to);
+    Finish(segment, out);
   }
 
  private:
-  unsigned int Granted(unsigned int wanted) const {
-    return static_cast<unsigned int>(std::min<size_t>(wanted, limit_ - written_));
+  Stretch Begin(unsigned int wanted) {
+    if (wanted > 0 && sure_ > 0) --sure_;
+    const size_t room = limit_ - written_;
+    const auto n = static_cast<unsigned int>(std::min<size_t>(wanted, room));
+    const bool surplus = sure_ >= kSurplus && room - n >= kSurplus && n <= kMostCounted;
+    return {out_.x + written_, out_.y + written_, n, surplus};
   }
-  void Finish(size_t segment, unsigned int n) {
-    out_.FillMarks(written_, n, path_, segment);
-    written_ += n;
+  void Finish(size_t segment, const Stretch& out) {
+    if (out.surplus && !out_.index) {
+      for (size_t j = 0; j < out.n; j += kSurplus) std::fill_n(out_.m + written_ + j, kSurplus, path_.m[segment]);
+    } else {
+      out_.FillMarks(written_, out.n, path_, segment);
+    }
+    written_ += out.n;
   }
 
   Path path_;
   Outputs out_;
   size_t limit_;
+  size_t sure_;
   size_t written_ = 0;
 };
 
@@ -164,33 +206,29 @@ class Remainder {
   size_t segments_;
 };
 
-// Samples of the linear and trapezoidal profiles, shared out by length: a drawn segment gets blankSpeed
-// times as many for its length as a blank one, and each blank segment at least one.
-struct Budget {
+// Leaves in lengths the samples that each segment gets in the linear and trapezoidal profiles, not yet whole, shared
+// out by length: a drawn segment gets blankSpeed times as many for its length as a blank one, and the blank ones
+// together at least one each.
+void ShareOut(const Path& path, float* lengths, unsigned int numSamples, float blankSpeed) {
+  MeasureSegments(path, lengths);
   float blankLength = 0, drawnLength = 0;
-  float blankSamples = 0, drawnSamples = 0;
-
-  float Nominal(bool blank, float length) const {
-    return blank ? blankSamples * length / blankLength : drawnSamples * length / drawnLength;
-  }
-};
-
-// Leaves the lengths of the segments in lengths.
-Budget ShareOut(const Path& path, float* lengths, unsigned int numSamples, float blankSpeed) {
-  Budget budget;
   unsigned int numBlank = 0;
   for (size_t i = 0; i < path.Segments(); ++i) {
-    lengths[i] = Length(path.Step(i));
-    (path.Blank(i) ? budget.blankLength : budget.drawnLength) += lengths[i];
-    numBlank += path.Blank(i);
+    const bool blank = path.Blank(i);
+    blankLength += blank ? lengths[i] : 0.0f;  // without a branch
+    drawnLength += blank ? 0.0f : lengths[i];
+    numBlank += blank;
   }
-  const float blank = budget.blankLength = std::max(budget.blankLength, kSmallestTotal);
-  const float drawn = budget.drawnLength = std::max(budget.drawnLength, kSmallestTotal);
-  const float share = static_cast<float>(numSamples) * blank / (blankSpeed * drawn + blank);
-  const unsigned int blankSamples = zrv::WholeCount(std::max(static_cast<float>(numBlank), share));
-  budget.blankSamples = static_cast<float>(blankSamples);
-  budget.drawnSamples = blankSamples < numSamples ? static_cast<float>(numSamples - blankSamples) : 0.0f;
-  return budget;
+  blankLength = std::max(blankLength, kSmallestTotal);
+  drawnLength = std::max(drawnLength, kSmallestTotal);
+  const float share = static_cast<float>(numSamples) * blankLength / (blankSpeed * drawnLength + blankLength);
+  const unsigned int forBlank = zrv::WholeCount(std::max(static_cast<float>(numBlank), share));
+  const auto blankSamples = static_cast<float>(forBlank);
+  const auto drawnSamples = static_cast<float>(forBlank < numSamples ? numSamples - forBlank : 0);
+  for (size_t i = 0; i < path.Segments(); ++i) {
+    const bool blank = path.Blank(i);
+    lengths[i] = (blank ? blankSamples : drawnSamples) * lengths[i] / (blank ? blankLength : drawnLength);
+  }
 }
 
 // In this order not a number becomes the lower bound.
@@ -247,24 +285,27 @@ float WeighSegments(const Path& path, const std::vector<float>& corners, float* 
 bool IsShort(float share) { return share >= 0.5f && share < 1.0f; }
 
 size_t WriteOptimized(const Path& path, const Outputs& out, unsigned int numSamples, float* lengths) {
-  for (size_t i = 0; i < path.Segments(); ++i) lengths[i] = Length(path.Step(i));
+  MeasureSegments(path, lengths);
   const std::vector<float> corners = MeasureCorners(path, lengths);
   const float sum = WeighSegments(path, corners, lengths);
   const auto samples = static_cast<float>(numSamples);
   // Without any length the shares are not numbers: they count as none, and the last segment takes all.
-  const auto shareOf = [=](size_t i) { return samples * lengths[i] / sum; };
-
+  float* const shares = lengths;
   unsigned int numShort = 0;
-  for (size_t i = 0; i < path.Segments(); ++i) numShort += IsShort(shareOf(i));
+  size_t numSure = 0;
+  for (size_t i = 0; i < path.Segments(); ++i) {
+    shares[i] = samples * lengths[i] / sum;
+    numShort += IsShort(shares[i]);
+    numSure += shares[i] >= 0.5f;
+  }
   const bool enough = numSamples > numShort && numSamples - numShort > 10;
 
   Remainder remainder(enough ? numSamples - numShort : numSamples, path.Segments());
-  SegmentWriter writer(path, out, numSamples);
+  SegmentWriter writer(path, out, numSamples, numSure);
   for (size_t i = 0; i < path.Segments(); ++i) {
     const CornerRule& rule = RuleOf(path, i);
-    const float share = shareOf(i);
-    if (IsShort(share)) remainder.GiveExtra();
-    const unsigned int n = share >= 0.5f ? RoundHalfUp(share) : 0;
+    if (IsShort(shares[i])) remainder.GiveExtra();
+    const unsigned int n = shares[i] >= 0.5f ? RoundHalfUp(shares[i]) : 0;
     const float start = rule.weight * corners[i] + rule.baseAcceleration;
     const float end = rule.weight * corners[i + 1] + rule.baseAcceleration;
     writer.ThreePhase(i, remainder.Take(n), {start, end, start + 1.0f + end});
@@ -302,11 +343,9 @@ unsigned int ZRVDataGenerator::InterpolateDataLinear(const float* xIn, const flo
   if (numKeypoints == 0 || !xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
   AllocInterpData(numKeypoints, numSamples);
   const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
-  const Budget budget = ShareOut(path, interpData.get(), numSamples, blankSpeed);
-  SegmentWriter writer(path, {xOut, yOut, mOut, nullptr}, numSamples);
-  for (size_t i = 0; i < path.Segments(); ++i) {
-    writer.Steady(i, std::max(1u, zrv::WholeCount(budget.Nominal(path.Blank(i), interpData[i]))));
-  }
+  ShareOut(path, interpData.get(), numSamples, blankSpeed);
+  SegmentWriter writer(path, {xOut, yOut, mOut, nullptr}, numSamples, path.Segments());
+  for (size_t i = 0; i < path.Segments(); ++i) writer.Steady(i, std::max(1u, zrv::WholeCount(interpData[i])));
   // The closing sample's y is the digital byte as a number; one would expect the keypoint's y. Kept on purpose,
   // and pinned by the closing samples in interpolation_test.cpp.
   const size_t last = numKeypoints - 1, end = writer.Written();
@@ -324,16 +363,16 @@ unsigned int ZRVDataGenerator::InterpolateDataTrapezoidal(const float* xIn, cons
   if (numKeypoints < 2 || !xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
   AllocInterpData(numKeypoints, numSamples);
   const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
-  const Budget budget = ShareOut(path, interpData.get(), numSamples, blankSpeed);
+  ShareOut(path, interpData.get(), numSamples, blankSpeed);
   Remainder remainder(numSamples, path.Segments());
-  SegmentWriter writer(path, {xOut, yOut, mOut, nullptr}, numSamples);
+  SegmentWriter writer(path, {xOut, yOut, mOut, nullptr}, numSamples, path.Segments());
+  const Acceleration drawn{drawAccel, drawAccel, 2.0f * drawAccel + 1.0f};
+  const Acceleration blank{blankAccel, blankAccel, 2.0f * blankAccel + 1.0f};
   for (size_t i = 0; i < path.Segments(); ++i) {
-    const float nominal = budget.Nominal(path.Blank(i), interpData[i]);
+    const float nominal = interpData[i];
     const bool whole = nominal >= 1.0f;
     if (!whole) remainder.GiveExtra();
-    const float fraction = path.Blank(i) ? blankAccel : drawAccel;
-    writer.ThreePhase(i, remainder.Take(whole ? RoundHalfUp(nominal) : 1),
-                      {fraction, fraction, 2.0f * fraction + 1.0f});
+    writer.ThreePhase(i, remainder.Take(whole ? RoundHalfUp(nominal) : 1), path.Blank(i) ? blank : drawn);
   }
   return static_cast<unsigned int>(writer.Written());
 }
