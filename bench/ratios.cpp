@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -32,6 +33,22 @@ class BestTimes : public benchmark::ConsoleReporter {
       const auto [at, isNew] = best_.try_emplace(run.run_name.str(), ns);
       if (!isNew) at->second = std::min(at->second, ns);
     }
+  }
+
+  // One line an aim, its fields parted by tabs, for the table of all programs; ratio - when it was not measured.
+  void WriteRatios(const char* fileName) const {
+    std::FILE* const file = std::fopen(fileName, "a");
+    if (file == nullptr) return std::perror(fileName);
+    for (const Row& row : Rows()) {
+      const auto measured = Find(row.measured), baseline = Find(row.baseline);
+      if (measured == best_.end() || baseline == best_.end()) {
+        std::fprintf(file, "%s\t-\t-\t-\t%g\n", row.what.c_str(), row.atMost);
+      } else {
+        std::fprintf(file, "%s\t%.3f\t%.3f\t%.3f\t%g\n", row.what.c_str(), measured->second / 1000,
+                     baseline->second / 1000, measured->second / baseline->second, row.atMost);
+      }
+    }
+    std::fclose(file);
   }
 
   void PrintRatios() const {
@@ -73,9 +90,17 @@ int main(int argc, char** argv) {
   for (std::string& argument : arguments) pointers.push_back(argument.data());
   int count = static_cast<int>(pointers.size());
   benchmark::Initialize(&count, pointers.data());
+  const std::string_view aims = "--aims=";
+  const char* aimsFile = nullptr;
+  if (count > 1 && std::string_view(pointers[1]).starts_with(aims)) {
+    aimsFile = pointers[1] + aims.size();
+    pointers.erase(pointers.begin() + 1);
+    --count;
+  }
   if (benchmark::ReportUnrecognizedArguments(count, pointers.data())) return 1;
   BestTimes reporter;
   benchmark::RunSpecifiedBenchmarks(&reporter);
   reporter.PrintRatios();
+  if (aimsFile != nullptr) reporter.WriteRatios(aimsFile);
   return 0;
 }

@@ -30,7 +30,7 @@ struct Point {
 
 template <typename PointAt>
 void WritePoints(float* x, float* y, unsigned int n, PointAt pointAt) {
-  for (size_t i = 0; i < n; ++i) {
+  for (unsigned int i = 0; i < n; ++i) {  // of 32 bits: these become floating point in one instruction
     const Point p = pointAt(static_cast<double>(i));
     x[i] = static_cast<float>(p.x);
     y[i] = static_cast<float>(p.y);

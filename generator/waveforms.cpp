@@ -18,10 +18,10 @@ template <typename Value>
 unsigned int WriteWaveform(float* x, float* y, unsigned char* m, unsigned int n, Value value) {
   if (!x || (y && !m)) return 0;
   float* signal = y ? y : x;
-  for (size_t i = 0; i < n; ++i) signal[i] = value(static_cast<unsigned int>(i));
+  for (unsigned int i = 0; i < n; ++i) signal[i] = value(i);
   if (!y) return n;
   const auto count = static_cast<float>(n);
-  for (size_t i = 0; i < n; ++i) x[i] = 2.0f * static_cast<float>(i) / count - 1.0f;
+  for (unsigned int i = 0; i < n; ++i) x[i] = 2.0f * static_cast<float>(i) / count - 1.0f;
   std::fill_n(m, n, static_cast<unsigned char>(255));
   return n;
 }
