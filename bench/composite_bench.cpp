@@ -62,34 +62,39 @@ class Workbench {
     return static_cast<unsigned int>(static_cast<float>(scan.SampleRate) / scan.RefreshRate);
   }
 
-  // The steps that follow keypoints, and those that follow samples.
-  unsigned int FinishKeypoints(unsigned int first, unsigned int count, unsigned int written) {
-    float* kx = path.x.data();
-    float* ky = path.y.data();
-    unsigned char* km = path.m.data();
-    std::copy_n(keypoints.x.data() + first, count, kx);
-    std::copy_n(keypoints.y.data() + first, count, ky);
-    std::copy_n(keypoints.m.data() + first, count, km);
-    count = g.OptimizeKeypoints(kx, ky, km, count, 0);
-    count = g.CloseCurve(kx, ky, km, count, 1, false);
-    Transform(kx, ky, count);
-    return written + g.InterpolateDataOptimized(kx, ky, km, out.x.data() + written, out.y.data() + written,
-                                                out.m.data() + written, count, PerFrame());
+  // The steps that follow keypoints, for one frame.
+  unsigned int FinishKeypoints(unsigned int count) {
+    count = Prepare(0, count, 0);
+    Transform(path.x.data(), path.y.data(), count);
+    return Interpolate(0, count, 0);
+  }
+  unsigned int Prepare(unsigned int keypoint, unsigned int count, unsigned int first) {
+    float* kx = path.x.data() + first;
+    float* ky = path.y.data() + first;
+    unsigned char* km = path.m.data() + first;
+    std::copy_n(keypoints.x.data() + keypoint, count, kx);
+    std::copy_n(keypoints.y.data() + keypoint, count, ky);
+    std::copy_n(keypoints.m.data() + keypoint, count, km);
+    return g.CloseCurve(kx, ky, km, g.OptimizeKeypoints(kx, ky, km, count, 0), 1, false);
+  }
+  unsigned int Interpolate(unsigned int first, unsigned int count, unsigned int written) {
+    return g.InterpolateDataOptimized(path.x.data() + first, path.y.data() + first, path.m.data() + first,
+                                      out.x.data() + written, out.y.data() + written, out.m.data() + written, count,
+                                      PerFrame());
   }
   unsigned int FinishSamples(unsigned int count) {
     Transform(out.x.data(), out.y.data(), count);
     return count;
   }
 
+  void Transform(float* x, float* y, unsigned int count) {
+    g.TransformData(x, y, count, scan.Scale, scan.Angle, 0, 0, false, 0, 0);
+  }
+
   ZRVDataGenerator g;
   ZRVScanSettings scan;
   Arrays out{kRoom}, keypoints{kMostKeypoints}, path{kMostKeypoints};
   unsigned int samples = 0, frames = 0, rate = 0;
-
- private:
-  void Transform(float* x, float* y, unsigned int count) {
-    g.TransformData(x, y, count, scan.Scale, scan.Angle, 0, 0, false, 0, 0);
-  }
 };
 
 // Both benchmarks of a pair are refused unless both ways make the same number of samples.
@@ -146,7 +151,7 @@ ZRV_PAIR(Lissajous, MakeLissajous, LissajousSteps);
 void MakeClock(Workbench& s) { s.g.GenerateClockData(ZRV_OUT, s.scan, {}, s.samples, s.frames); }
 unsigned int ClockSteps(Workbench& s) {
   const ZRVClockSettings c;
-  return s.FinishKeypoints(0, s.g.AnalogClockCurve(ZRV_KEYPOINTS, c.Hours, c.Minutes, c.Seconds, c.Amplitude), 0);
+  return s.FinishKeypoints(s.g.AnalogClockCurve(ZRV_KEYPOINTS, c.Hours, c.Minutes, c.Seconds, c.Amplitude));
 }
 ZRV_PAIR(Clock, MakeClock, ClockSteps);
 
@@ -170,7 +175,7 @@ unsigned int TextSteps(Workbench& s) {
   const ZRVTextSettings text;
   s.g.HersheyDataSize(kText, sizeof kText - 1, 0);  // the room that it needs
   return s.FinishKeypoints(
-      0, s.g.HersheyDataStream(ZRV_KEYPOINTS, kText, sizeof kText - 1, 0, text.Amplitude, 0, false), 0);
+      s.g.HersheyDataStream(ZRV_KEYPOINTS, kText, sizeof kText - 1, 0, text.Amplitude, 0, false));
 }
 ZRV_PAIR(Text, MakeText, TextSteps);
 #endif
@@ -186,10 +191,18 @@ unsigned int ImportFileSteps(Workbench& s) {
   std::iota(frames.begin(), frames.end(), 1u);
   const auto count = static_cast<unsigned int>(frames.size());
   s.g.IldaDataStream(ZRV_KEYPOINTS, frames.data(), count, file.Amplitude, 0, file.AngleX, file.AngleY, true);
-  unsigned int written = 0;
-  for (unsigned int f = 0, first = 0; f < count; first += s.g.IldaKeypointCount(f++)) {
-    written = s.FinishKeypoints(first, s.g.IldaKeypointCount(f), written);
+  std::vector<unsigned int> starts = {0};
+  for (unsigned int f = 0, keypoint = 0; f < count; keypoint += s.g.IldaKeypointCount(f++)) {
+    starts.push_back(starts[f] + s.Prepare(keypoint, s.g.IldaKeypointCount(f), starts[f]));
   }
+  for (unsigned int f = 0; f < count; ++f) {  // each ends, dark, where the next one starts
+    const size_t next = starts[(f + 1) % count], end = starts[f + 1] - 1;
+    s.path.x[end] = s.path.x[next];
+    s.path.y[end] = s.path.y[next];
+  }
+  s.Transform(s.path.x.data(), s.path.y.data(), starts[count]);
+  unsigned int written = 0;
+  for (unsigned int f = 0; f < count; ++f) written += s.Interpolate(starts[f], starts[f + 1] - starts[f], written);
   return written;
 }
 ZRV_PAIR(ImportFile, MakeImportFile, ImportFileSteps);
