@@ -118,7 +118,7 @@ void Run(State& state, bool composite, Composite generate, ByHand steps) {
   BENCHMARK(name);                                                   \
   void name##ByHand(State& state) { Run(state, false, generate, steps); } \
   BENCHMARK(name##ByHand);                                           \
-  const zrv::bench::Aim kAim##name("composite: Generate" #name "Data, to its steps", #name, #name "ByHand", 1.15)
+  const zrv::bench::Aim kAim##name("Generate" #name "Data, to its steps by hand", #name, #name "ByHand", 1.15)
 
 #define ZRV_OUT s.out.x.data(), s.out.y.data(), s.out.m.data()
 #define ZRV_KEYPOINTS s.keypoints.x.data(), s.keypoints.y.data(), s.keypoints.m.data()

@@ -107,18 +107,18 @@ void Optimized(State& state) {
 BENCHMARK(Optimized)->Apply(SamplesAndKeypoints);
 
 const Aim kInterpolationAims[] = {
-    {"linear, 10 keypoints", "Linear/1000000/10", "FillOnly/1000000", 3},
-    {"linear, 1000 keypoints", "Linear/1000000/1000", "FillOnly/1000000", 3},
-    {"linear, 100000 keypoints", "Linear/1000000/100000", "FillOnly/1000000", 3},
-    {"linear, 100000 keypoints, 10 million", "Linear/10000000/100000", "FillOnly/10000000", 3},
-    {"trapezoidal, 10 keypoints", "Trapezoidal/1000000/10", "FillOnly/1000000", 3},
-    {"trapezoidal, 1000 keypoints", "Trapezoidal/1000000/1000", "FillOnly/1000000", 3},
-    {"trapezoidal, 100000 keypoints", "Trapezoidal/1000000/100000", "FillOnly/1000000", 3},
-    {"trapezoidal, 100000 keypoints, 10 million", "Trapezoidal/10000000/100000", "FillOnly/10000000", 3},
-    {"optimized, 10 keypoints", "Optimized/1000000/10", "FillOnly/1000000", 4},
-    {"optimized, 1000 keypoints", "Optimized/1000000/1000", "FillOnly/1000000", 4},
-    {"optimized, 100000 keypoints", "Optimized/1000000/100000", "FillOnly/1000000", 4},
-    {"optimized, 100000 keypoints, 10 million", "Optimized/10000000/100000", "FillOnly/10000000", 4},
+    {"linear interpolation, 10 keypoints", "Linear/1000000/10", "FillOnly/1000000", 3},
+    {"linear interpolation, 1000 keypoints", "Linear/1000000/1000", "FillOnly/1000000", 3},
+    {"linear interpolation, 100000 keypoints", "Linear/1000000/100000", "FillOnly/1000000", 3},
+    {"linear interpolation, 100000 keypoints, 10 million samples", "Linear/10000000/100000", "FillOnly/10000000", 3},
+    {"trapezoidal interpolation, 10 keypoints", "Trapezoidal/1000000/10", "FillOnly/1000000", 3},
+    {"trapezoidal interpolation, 1000 keypoints", "Trapezoidal/1000000/1000", "FillOnly/1000000", 3},
+    {"trapezoidal interpolation, 100000 keypoints", "Trapezoidal/1000000/100000", "FillOnly/1000000", 3},
+    {"trapezoidal interpolation, 100000 keypoints, 10 million samples", "Trapezoidal/10000000/100000", "FillOnly/10000000", 3},
+    {"optimized interpolation, 10 keypoints", "Optimized/1000000/10", "FillOnly/1000000", 4},
+    {"optimized interpolation, 1000 keypoints", "Optimized/1000000/1000", "FillOnly/1000000", 4},
+    {"optimized interpolation, 100000 keypoints", "Optimized/1000000/100000", "FillOnly/1000000", 4},
+    {"optimized interpolation, 100000 keypoints, 10 million samples", "Optimized/10000000/100000", "FillOnly/10000000", 4},
 };
 
 // --- Keypoints. A fresh copy each round, whose cost is in the figure.
@@ -168,13 +168,13 @@ ZRV_LIBRARY(LibSinTwice, std::sin(a * 3) + std::sin(a * 4));
 ZRV_LIBRARY(LibSinFourTimes, std::sin(std::sin(a * 5) + a * 3) + std::sin(std::sin(a * 5 + 1) + a * 4));
 ZRV_LIBRARY(LibTan, std::tan(radius * 0.6));
 const Aim kLibraryAims[] = {
-    {"sine waveform", "Sine", "LibSin", 1.2},
-    {"spiral", "Spiral", "LibSinCos", 1.2},
-    {"rose", "Rose", "LibSinCosTwice", 1.2},
-    {"hypotrochoid", "Hypotrochoid", "LibSinCosTwice", 1.2},
-    {"Lissajous", "Lissajous", "LibSinTwice", 1.2},
-    {"Lissajous, phase modulated", "LissajousPhase", "LibSinFourTimes", 1.2},
-    {"tangential transform", "Tangential", "LibTan", 1.2},
+    {"sine waveform, to its libm calls", "Sine", "LibSin", 1.2},
+    {"spiral, to its libm calls", "Spiral", "LibSinCos", 1.2},
+    {"rose, to its libm calls", "Rose", "LibSinCosTwice", 1.2},
+    {"hypotrochoid, to its libm calls", "Hypotrochoid", "LibSinCosTwice", 1.2},
+    {"Lissajous, to its libm calls", "Lissajous", "LibSinTwice", 1.2},
+    {"Lissajous, phase modulated, to its libm calls", "LissajousPhase", "LibSinFourTimes", 1.2},
+    {"tangential transform, to its tangents", "Tangential", "LibTan", 1.2},
 };
 
 // --- Curves and waveforms

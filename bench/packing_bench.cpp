@@ -73,6 +73,11 @@ const zrv::bench::Aim kAims[] = {
     {"packing 25000 samples, format 2, to memcpy", "BM_Pack/2", "BM_Copy/2", 8},
     {"packing 25000 samples, format 3, to memcpy", "BM_Pack/3", "BM_Copy/3", 8},
     {"packing 25000 samples, format 4, to memcpy", "BM_Pack/4", "BM_Copy/4", 8},
+    {"portable packing, format 0, to memcpy", "BM_PackPortable/0", "BM_Copy/0", 3},
+    {"portable packing, format 1, to memcpy", "BM_PackPortable/1", "BM_Copy/1", 8},
+    {"portable packing, format 2, to memcpy", "BM_PackPortable/2", "BM_Copy/2", 8},
+    {"portable packing, format 3, to memcpy", "BM_PackPortable/3", "BM_Copy/3", 8},
+    {"portable packing, format 4, to memcpy", "BM_PackPortable/4", "BM_Copy/4", 8},
 };
 
 }  // namespace
