@@ -1,7 +1,7 @@
 # A Debian package of everything that is installed: cpack -G DEB, or scripts/package.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME zrv)
-set(CPACK_PACKAGE_CONTACT "The ZRV developers <zrv@localhost>")
+set(CPACK_PACKAGE_CONTACT "The ZRV team <zrv@localhost>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
