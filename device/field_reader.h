@@ -34,13 +34,8 @@ class ZRVDevice::FieldReader {
     std::snprintf(field, size, "%s", line.c_str());
   }
 
-  bool arrived() const { return arrived_; }  // the last number
-
-  // Whether all fields arrived, and nothing behind the last one, which would mean that they are shifted.
-  bool EndsWell() {
-    Expect(!device_.DropStaleBytes());
-    return complete_;
-  }
+  bool arrived() const { return arrived_; }    // the last number
+  bool complete() const { return complete_; }  // all so far
 
  private:
   void Expect(bool good) {

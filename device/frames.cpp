@@ -15,6 +15,7 @@ namespace {
 
 constexpr unsigned int kLineByteTimeoutMs = 1000;
 constexpr size_t kLineBufferBytes = 81;
+constexpr std::chrono::seconds kLateBytes{3};  // beyond the longest wait for an answer
 
 }  // namespace
 
@@ -41,7 +42,7 @@ bool ZRVDevice::Connected() {
 bool ZRVDevice::SendSerialCommand(bool waitForAcknowledge) {
   lastError_ = ErrorNone;
   if (!Connected()) return false;
-  if (waitForAcknowledge) DropStaleBytes();
+  if (waitForAcknowledge) DropLateBytes();
   const auto frame = Shared().command.Frame();
   const auto length = static_cast<unsigned int>(frame.size());
   if (port_->Write(frame.data(), length, nullptr, ZRVSerialIO::kInfinite) != ZRVSerialIO::kOk) {
@@ -58,6 +59,7 @@ bool ZRVDevice::Command(unsigned char code, bool waitForAcknowledge) {
 bool ZRVDevice::Fail(ZRVError error) {
   lastError_ = error;
   SendSerialReset();
+  ExpectLateBytes();
   return false;
 }
 
@@ -73,12 +75,13 @@ bool ZRVDevice::ReadAcknowledge(unsigned int timeoutMs, ZRVError onWrongBytes) {
 // The filler goes in here as well as in the transport: a transport of the caller's may not know of it.
 bool ZRVDevice::ReadBytes(void* bytes, unsigned int count, unsigned int timeoutMs) {
   std::memset(bytes, kFiller, count);
-  return port_->Read(bytes, count, nullptr, timeoutMs, ZRVSerialIO::kWaitForAll) == ZRVSerialIO::kOk;
+  const bool arrived = port_->Read(bytes, count, nullptr, timeoutMs, ZRVSerialIO::kWaitForAll) == ZRVSerialIO::kOk;
+  if (!arrived) ExpectLateBytes();
+  return arrived;
 }
 
-// An answer too long is as wrong as one too short: a doubled byte has shifted what follows it.
 bool ZRVDevice::ReadAnswer(void* answer, unsigned int count) {
-  if (ReadBytes(answer, count, Shared().readTimeoutMs) && !DropStaleBytes()) return true;
+  if (ReadBytes(answer, count, Shared().readTimeoutMs)) return true;
   lastError_ = ErrorDeviceResponse;
   return false;
 }
@@ -97,18 +100,16 @@ bool ZRVDevice::ReadAnswerLine(std::string& line) {
   const int status = port_->ReadLine(text.data(), static_cast<char>(kTrailer), kLineByteTimeoutMs);
   text.back() = '\0';
   line = text.data();
+  if (status != ZRVSerialIO::kOk) ExpectLateBytes();
   return status == ZRVSerialIO::kOk;
 }
 
-// What is here before a command is sent, or behind its answer, belongs to neither: the rest of an answer that was
-// given up, one that came too late, a byte that the line doubled. Returns whether there was any.
-bool ZRVDevice::DropStaleBytes() {
-  std::array<uint8_t, 64> bytes{};
-  unsigned int received = 0;
-  const auto most = static_cast<unsigned int>(bytes.size());
-  port_->Read(bytes.data(), most, &received, 0, ZRVSerialIO::kReturnAtOnce);
-  if (received == most) ClearInputBuffer();
-  return received > 0;
+// For a while after an exchange that failed, what comes too late for it, or the rest of what was given up, is dropped
+// before commands: it is not for them. Otherwise nothing is read ahead of a command.
+void ZRVDevice::ExpectLateBytes() { lateBytesUntil_ = std::chrono::steady_clock::now() + kLateBytes; }
+
+void ZRVDevice::DropLateBytes() {
+  if (std::chrono::steady_clock::now() < lateBytesUntil_) ClearInputBuffer();
 }
 
 void ZRVDevice::ClearInputBuffer() {
@@ -136,7 +137,7 @@ void ZRVDevice::SendSerialReset() {
 void ZRVDevice::ResetDevice() { Command(kCmdReset); }
 
 bool ZRVDevice::IsDeviceResponding() {
-  if (port_ != nullptr) DropStaleBytes();
+  if (port_ != nullptr) DropLateBytes();
   if (!Command(kCmdIsResponding, false)) return false;
   std::array<uint8_t, kAcknowledge.size()> answer{};
   if (!ReadBytes(answer.data(), static_cast<unsigned int>(answer.size()), Shared().readTimeoutMs)) {
@@ -144,6 +145,7 @@ bool ZRVDevice::IsDeviceResponding() {
     return false;
   }
   if (answer != kAcknowledge) lastError_ = ErrorBadAcknowledge;
+  if (lastError_ != ErrorNone) ExpectLateBytes();
   return lastError_ == ErrorNone;
 }
 

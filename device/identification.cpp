@@ -74,6 +74,7 @@ bool ZRVDevice::ReadInfoLine(unsigned char code) {
   std::string line;
   ReadAnswerLine(line);
   if (line != kInfoLine) lastError_ = ErrorBadAcknowledge;
+  if (lastError_ != ErrorNone) ExpectLateBytes();  // fields that nobody reads now
   return lastError_ == ErrorNone;
 }
 
@@ -101,7 +102,7 @@ bool ZRVDevice::ReadIdentification() {
   p.BufferOffset = in.Uint(3);
   p.BootSetting = static_cast<ZRVBoot>(in.Uint(2));
   p.DataMode = static_cast<ZRVDataMode>(in.Uint(1));
-  return in.EndsWell();
+  return in.complete();
 }
 
 bool ZRVDevice::ReadLimits() {
@@ -120,7 +121,7 @@ bool ZRVDevice::ReadLimits() {
   p.LimitByte10 = in.Uint(1);
   p.VbiasMin = in.Uint(1);
   p.VbiasMax = in.Uint(1);
-  return in.EndsWell();
+  return in.complete();
 }
 
 void ZRVDevice::GetOutputOffsets() {

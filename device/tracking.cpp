@@ -61,6 +61,7 @@ void ZRVDevice::GetTrackParams(ZRVTrackParams* params) {
   std::string line;
   ReadAnswerLine(line);
   lastError_ = line == kInfoLine || line == kNoTrackLine ? ErrorNone : ErrorBadAcknowledge;
+  if (lastError_ != ErrorNone) ExpectLateBytes();  // fields that nobody reads now
   if (line != kInfoLine) return;
   params->TrackingSupported = track_->TrackingSupported = true;
   ReadTrackFields(*params);
@@ -81,7 +82,6 @@ void ZRVDevice::ReadTrackFields(ZRVTrackParams& params) {
   read(1, [](auto& p, uint32_t n) { p.BufferDelay = n; });
   read(1, [](auto& p, uint32_t n) { p.HitRatio = static_cast<float>(n) / kRatioCounts; });
   read(1, SetStateBits);
-  in.EndsWell();
 }
 
 ZRVTrackParams* ZRVDevice::GetTrackParams() {

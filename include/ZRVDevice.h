@@ -13,10 +13,10 @@
 // GetLastError(). Without a connection calls set ErrorNotConnected and return what their comment says. Any
 // command can end with ErrorSerialComm (written or acknowledged not at all, or too late) or
 // ErrorBadAcknowledge; the link is then resynchronised, and the next call starts clean
-// (ErrorSerialReset: that failed too). An answer that is too short or too long is ErrorDeviceResponse. What has
-// arrived before a command is sent is dropped when the command is one that is acknowledged. docs/reliability.md
-// has the longest time of each call. Values out of range are clamped silently unless a comment says that they
-// are refused.
+// (ErrorSerialReset: that failed too). An answer that is cut short is ErrorDeviceResponse. For three seconds
+// after a failure, what has come too late is dropped before commands that are acknowledged.
+// docs/reliability.md has the longest time of each call. Values out of range are clamped silently unless a
+// comment says that they are refused.
 //
 // Ownership: arrays stay the caller's. Records returned by pointer are made with new and the caller's to
 // delete.
@@ -25,6 +25,7 @@
 
 #include <array>
 #include <bitset>
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -281,7 +282,8 @@ class ZRV_API ZRVDevice {
   bool ReadAnswerLine(std::string& line);
   bool Fail(ZRVError error);
   bool Connected();
-  bool DropStaleBytes();
+  void ExpectLateBytes();
+  void DropLateBytes();
   void PurgeSerialBuffers();
   void DecodeState(unsigned int state);
 
@@ -348,6 +350,7 @@ class ZRV_API ZRVDevice {
   std::unique_ptr<ZRVDeviceParams> params_;
   std::unique_ptr<ZRVTrackParams> track_;
   std::unique_ptr<ZRVSerialIO> port_;
+  std::chrono::steady_clock::time_point lateBytesUntil_{};  // some may come for an exchange that failed
   std::bitset<256> doubtful_;  // by command code: setters that failed, so that the controller may hold either value
 
   float xStop_ = 0.0f;

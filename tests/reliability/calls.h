@@ -25,6 +25,7 @@ enum : unsigned {
   kDisconnects = 4,  // the device may be without a connection afterwards
   kStreams = 8,      // it reads what the controller sends by itself: to be switched off afterwards
   kPatient = 16,     // it waits longer for an end than for an acknowledgement
+  kReadsOn = 32,     // it reads an answer although the acknowledgement failed, or asks again: what was late comes in it
 };
 
 struct Call {

@@ -200,6 +200,21 @@ class Session {
     return JudgeNext(call, cut);
   }
 
+  // Nothing in the protocol tells a value that was changed, or shifted by a byte too many, or an acknowledgement that
+  // was given up from the answer that is read all the same.
+  static bool Unseen(const Call& call, Kind kind) {
+    const bool readsOn = kind == kTooLate && (call.traits & kReadsOn) != 0;
+    return readsOn || kind == kOneBit || kind == kAllBits || kind == kDouble;
+  }
+
+  // A byte too many, left over behind an answer that was whole, costs the next command its acknowledgement. A value that
+  // it shifted, or something late, is right when it is read again.
+  void Settle() {
+    device().GetDeviceState();
+    ZRVDeviceParams params;
+    device().GetDeviceParams(&params);
+  }
+
   static const char* JudgeError(const Call& call, const Case& c, const Outcome& outcome) {
     constexpr int kDocumented[] = {0, 4, 5, 6, 7, 12};
     if (std::find(std::begin(kDocumented), std::end(kDocumented), outcome.error) == std::end(kDocumented)) {
@@ -207,9 +222,9 @@ class Session {
     }
     const auto has = [&](unsigned trait) { return (call.traits & trait) != 0; };
     if (outcome.error != ErrorNone || has(kHides)) return nullptr;
-    const bool late = c.kind == kTooLate && !has(kPatient);
+    const bool late = c.kind == kTooLate && !has(kPatient | kReadsOn);
     if (late || c.kind >= kCutAnswer || (c.kind == kDrop && !has(kText))) return "a loss without an error";
-    const bool hidden = c.kind == kOneBit || c.kind == kAllBits || has(kText);  // nothing in the protocol tells
+    const bool hidden = Unseen(call, c.kind) || has(kText);
     return outcome.right || hidden ? nullptr : "a wrong value without an error";
   }
 
@@ -219,7 +234,7 @@ class Session {
     const char* wrong = Access([&](Controller& controller) { return FirstFalseParam(device(), controller); });
     if (wrong == nullptr) return nullptr;
     outcome.right = false;
-    return outcome.error == ErrorNone && (c.kind == kOneBit || c.kind == kAllBits) ? nullptr : wrong;
+    return outcome.error == ErrorNone && Unseen(call, c.kind) ? nullptr : wrong;
   }
 
   const char* Replug(const Call& call) {
@@ -235,6 +250,11 @@ class Session {
   }
 
   void Heal(const Call& call, const Case& c) {
+    AwaitWhatIsLate(call, c);
+    if (c.kind == kDouble || (c.kind == kTooLate && Unseen(call, c.kind))) Settle();
+  }
+
+  void AwaitWhatIsLate(const Call& call, const Case& c) {
     Access([](Controller& controller) { controller.faults().Clear(); });
     if (c.kind == kStall) Pause(50);  // it works off what the line held
     const bool patient = (call.traits & kPatient) != 0;  // the end that it has not waited for is still to be reported
