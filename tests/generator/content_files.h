@@ -1,4 +1,4 @@
-// Files made by tests: bytes put together by hand, mistreated in every way a loader has to survive.
+// Files made by tests.
 #ifndef ZRV_TESTS_GENERATOR_CONTENT_FILES_H
 #define ZRV_TESTS_GENERATOR_CONTENT_FILES_H
 
@@ -22,6 +22,21 @@ inline Bytes& operator+=(Bytes& to, const Bytes& more) {
 
 inline Bytes FromText(const std::string& text) { return {text.begin(), text.end()}; }
 
+inline Bytes BigEndian(std::initializer_list<int> words) {
+  Bytes bytes;
+  for (const int word : words) bytes += {static_cast<uint8_t>(word >> 8), static_cast<uint8_t>(word)};
+  return bytes;
+}
+
+inline Bytes IldaSection(int format, int records, int totalFrames, const Bytes& body = {}) {
+  Bytes bytes = FromText("ILDA");
+  bytes += BigEndian({0, format});
+  bytes += Bytes(16, ' ');  // names
+  bytes += BigEndian({records, 0, totalFrames, 0});
+  bytes += body;
+  return bytes;
+}
+
 // A file that is there for as long as the object.
 class TempFile {
  public:
@@ -41,17 +56,6 @@ class TempFile {
   const std::string path_ =
       (std::filesystem::temp_directory_path() / ("zrv-test-" + std::to_string(std::random_device()()))).string();
 };
-
-// Calls use(bytes) with the file cut to every length, and with every bit flipped.
-template <typename Use>
-void Mistreat(const Bytes& good, Use use) {
-  for (size_t length = 0; length < good.size(); ++length) use(Bytes(good.data(), good.data() + length));
-  for (size_t bit = 0; bit < good.size() * 8; ++bit) {
-    Bytes flipped = good;
-    flipped[bit / 8] = static_cast<uint8_t>(flipped[bit / 8] ^ (1u << (bit % 8)));
-    use(flipped);
-  }
-}
 
 }  // namespace zrv_test
 

@@ -149,17 +149,6 @@ TEST(InterpolateData, ClampsItsParameters) {
   }
 }
 
-TEST(Interpolation, HostileInputStaysInsideTheArrays) {
-  Random random(13);
-  for (int round = 0; round < 2000; ++round) {
-    const unsigned int keypoints = random() % 20, samples = random() % 300;
-    Points path = RandomPath(random, keypoints);
-    for (size_t i = random() % 4; i < keypoints; i += 1 + random() % 4) path.x[i] = path.y[i / 2] = random.Wild();
-    const auto wild = [&] { return random() % 2 ? random.Wild() : static_cast<float>(random() % 40) - 20; };
-    Interpolated(path, keypoints, samples, {static_cast<Profile>(random() % 4), wild(), wild(), wild()});
-  }
-}
-
 TEST(Interpolation, NullArraysAndOneKeypoint) {
   Generator g;
   Points p{{0, 0, 1}, {1, 0, 1}}, out(300);

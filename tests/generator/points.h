@@ -21,7 +21,6 @@ constexpr float kFloatCanary = -12345.5f;
 constexpr unsigned char kByteCanary = 0xA5;
 constexpr unsigned int kIndexCanary = 0xDEADBEEF;
 constexpr float kPi = 3.14159274f;
-constexpr float kWild[] = {NAN, INFINITY, -INFINITY, 3e38f, -3e38f, 1e19f, -1e-40f, 0};
 
 struct XY {
   double x, y;
@@ -105,7 +104,6 @@ struct Random {
   explicit Random(unsigned int seed) : engine(seed) {}
   unsigned int operator()() { return static_cast<unsigned int>(engine()); }
   float Place() { return std::uniform_real_distribution<float>(-1.0f, 1.0f)(engine); }
-  float Wild() { return kWild[engine() % std::size(kWild)]; }
   std::mt19937 engine;
 };
 

@@ -130,6 +130,7 @@ TEST(Raster, HoldDwellsAtEachPixelAndTwoWayLinesAlternate) {
   }
   EXPECT_NEAR(y[0], -y[96], 0.02);
   EXPECT_LT(y[0] * y[132], 0) << "the second line begins where the first one ends";
+  EXPECT_EQ(r.out.x[132 * 4 - 1], r.out.x[132 * 3 + 6]) << "nor does the third of four lead on to the next";
 }
 
 TEST(Raster, ShiftAndRotation) {
@@ -150,16 +151,15 @@ TEST(Raster, ShiftAndRotation) {
 
 TEST(Raster, EveryShapeFillsExactlyItsRoomWithFinitePositions) {
   Random random(7);
-  const auto below = [&](unsigned limit) { return random() % limit; };
   for (int round = 0; round < 400; ++round) {
-    const Ask a = {.lines = below(6), .pixels = below(9), .duration = 1e-5f * static_cast<float>(1 + below(900)),
-                   .hold = below(2) == 0, .twoWay = below(2) == 0, .imaging = below(2) == 0,
-                   .shift = static_cast<int>(below(99)) - 50, .minSps = static_cast<int>(below(3000)),
-                   .maxSps = static_cast<int>(below(60000))};
-    const Raster r(a);
+    const auto below = [&](int limit) { return static_cast<int>(random() >> 8) % limit; };
+    const Raster r({.lines = random() % 6, .pixels = random() % 9, .duration = 1e-5f * static_cast<float>(below(900)),
+                    .hold = below(2) == 0, .twoWay = below(2) == 0, .imaging = below(2) == 0, .minSps = below(3000),
+                    .maxSps = below(60000)});
     EXPECT_EQ(r.sps > 0, r.count > 0) << "round " << round;
-    if (a.lines == 0) { EXPECT_EQ(r.out.With(0, r.count), r.count) << "dark"; }
   }
+  const Raster none({.lines = 0});
+  EXPECT_EQ(none.out.With(0, none.count), none.count) << "dark";
 }
 
 struct Dwell {
@@ -187,8 +187,8 @@ TEST(PointToPoint, DwellsThenMovesDark) {
   d.out.ExpectAt(79, {{0.5, 0.1}, {0.5, 0.1}});
   EXPECT_LT(d.out.x[82], 0.5f);
   d.out.ExpectAt(100, {{-0.5, 0.2}});
-  // Moves of 25, then of 20 / 2 = 10: a short dwell shortens all further moves.
-  Dwell({10, 2, 10}, 2.5f, 10000).Expect({25 + 10 + 11, 75, 10, 90});
+  // Moves of 25, then of 25 / 2 = 12: a short dwell shortens all further moves.
+  Dwell({10, 2.5f, 10}, 2.5f, 10000).Expect({25 + 12 + 13, 75, 13, 88});
   // Without any dwell the move vanishes too, yet each point takes two places, filled with its move's ends.
   const Dwell none({0, 0, 0}, 2, 10000);
   EXPECT_EQ(none.count, 6u);
@@ -198,7 +198,7 @@ TEST(PointToPoint, DwellsThenMovesDark) {
 TEST(PointToPoint, ChoosesARateOnlyWhenNoneIsGiven) {
   EXPECT_EQ(Dwell({3000, 4000}, 1, 0, 0, 100).sps, 100u);
   EXPECT_EQ(Dwell({0.3f, 0.4f}, 1, 0, 7, 1000000).sps, 1000000u);
-  EXPECT_EQ(Dwell({30000, 40000}, 1, 0, 3, 10).sps, 10u);
+  EXPECT_EQ(Dwell({300, 400}, 1, 0, 500, 100).sps, 500u) << "the lowest rate wins";
   EXPECT_EQ(Dwell({10}, 1, 777, 1000, 2000).sps, 777u);
   EXPECT_EQ(Dwell({1e30f, 1e30f}, 1, 1000).count, 0u);  // absurd
   EXPECT_EQ(Dwell({NAN, -5}, NAN, 1000).count, 4u);
