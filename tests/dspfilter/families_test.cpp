@@ -12,9 +12,9 @@ const Family& Find(const std::string& name) {
   return *std::ranges::find(kFamilies, name, [](const Family& family) { return std::string(family.name); });
 }
 
-// Analog responses. Bessel and Butterworth: from their polynomials, in exact fractions. The others: from an
-// unrelated program's transfer functions (scipy.signal, analog=True; Legendre from the textbook polynomials L3
-// and L6).
+// Analog responses. Bessel: from its polynomials, in exact fractions. Butterworth: from its polynomials, in double
+// precision. The others: from an unrelated program's transfer functions (scipy.signal, analog=True; Legendre from the
+// textbook polynomials L3 and L6).
 const struct {
   const char* family;
   unsigned order;
