@@ -3,11 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <sstream>
 
 #include "run_zrv.h"
 #include "tools/canvas.h"
-#include "tools/pattern.h"
+#include "tools/kinds.h"
 
 namespace zrvtool::test {
 namespace {
@@ -79,11 +78,6 @@ const Wrong kWrong[] = {
     {"load ttyUSB0 FOLDER/junk", 1, "holds no parameters"},
 };
 
-std::string Replaced(std::string text, const std::string& folder) {
-  for (std::size_t at; (at = text.find("FOLDER")) != std::string::npos;) text.replace(at, 6, folder);
-  return text;
-}
-
 TEST(CommandLine, MistakesAreExplainedAndFail) {
   const Folder folder;
   WriteText(folder.File("junk"), "no numbers here\n");
@@ -92,28 +86,13 @@ TEST(CommandLine, MistakesAreExplainedAndFail) {
     std::filesystem::create_symlink("/dev/full", folder.File(full));
   EXPECT_EQ(Shell(ZRV_TOOL_FILE " manual >/dev/full").status, 1);
   for (const Wrong& row : kWrong) {
-    const Outcome outcome = Zrv(Replaced(row.arguments, folder.Path()));
-    EXPECT_EQ(outcome.status, row.status) << row.arguments << "\n" << outcome.output;
-    EXPECT_NE(outcome.output.find(Replaced(row.message, folder.Path())), std::string::npos)
-        << row.arguments << "\n" << outcome.output;
+    const auto [status, output] = Zrv(folder.In(row.arguments));
+    EXPECT_EQ(status, row.status) << row.arguments << "\n" << output;
+    EXPECT_NE(output.find(folder.In(row.message)), std::string::npos) << row.arguments << "\n" << output;
   }
 }
 
-// The samples of a point file with a header.
-Pattern Read(const std::string& file) {
-  Pattern p;
-  std::istringstream in(ReadText(file));
-  std::string word;
-  in >> word >> p.rate;
-  EXPECT_EQ(word, "sps");
-  float x = 0, y = 0;
-  for (unsigned m = 0; in >> x >> y >> m;) {
-    p.x.push_back(x);
-    p.y.push_back(y);
-    p.m.push_back(static_cast<unsigned char>(m));
-  }
-  return p;
-}
+Pattern Read(const std::string& file) { return MakePattern("points", {{"file", file}}); }
 
 TEST(CommandLine, GeneratesAPointFileThatReadsBack) {
   const Folder folder;
@@ -179,9 +158,7 @@ TEST(CommandLine, BurnsAPictureWhereItIsDark) {
 
 TEST(CommandLine, QuietInAPipe) {
   const Folder folder;
-  const Outcome outcome = Zrv("generate rose -o " + folder.File("rose.txt"));
-  EXPECT_EQ(outcome.output.find('\r'), std::string::npos);
-  EXPECT_EQ(outcome.output.find('\x1b'), std::string::npos);
+  EXPECT_EQ(Zrv("generate rose -o " + folder.File("rose.txt")).output.find_first_of("\r\x1b"), std::string::npos);
 }
 
 }  // namespace

@@ -52,19 +52,14 @@ const Line kLines[] = {
     {"font b", "build"},
 };
 
-std::string Replaced(std::string text, const std::string& folder) {
-  for (std::size_t at; (at = text.find("FOLDER")) != std::string::npos;) text.replace(at, 6, folder);
-  return text;
-}
-
 TEST(Completion, BashOffersWhatFits) {
   const Folder folder;
   for (const char* name : {"ttyUSB3", "rfcomm0", "other"}) WriteText(folder.File(name), "");
   const Folder scripts;
   WriteText(scripts.File("ask"), kAsk);
   for (const Line& row : kLines) {
-    const std::string zrv = ZRV_TOOL_FILE, line = zrv + " " + Replaced(row.line, folder.Path());
-    const std::string words = row.words ? zrv + " " + Replaced(row.words, folder.Path()) : line;
+    const std::string zrv = ZRV_TOOL_FILE, line = zrv + " " + folder.In(row.line);
+    const std::string words = row.words ? zrv + " " + folder.In(row.words) : line;
     const Outcome outcome = Shell("cd " + folder.Path() + " && bash " + scripts.File("ask") + " '" + zrv + "' '" + line +
                                   "' '" + words + "'");
     EXPECT_EQ(outcome.output, std::string(row.reply) + "\n") << row.line;

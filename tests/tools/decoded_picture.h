@@ -9,18 +9,14 @@
 
 namespace zrvtool::test {
 
-struct DecodedPicture {
-  int width = 0, height = 0;
-  std::vector<unsigned char> bgr;
-  int Red(int x, int y) const { return bgr[3 * static_cast<std::size_t>(y * width + x) + 2]; }
-  int Green(int x, int y) const { return bgr[3 * static_cast<std::size_t>(y * width + x) + 1]; }
-  int Blue(int x, int y) const { return bgr[3 * static_cast<std::size_t>(y * width + x)]; }
+struct DecodedPicture : Image {
+  // Blue, green, red.
+  const unsigned char* At(int x, int y) const { return &bgr[3 * static_cast<std::size_t>(y * width + x)]; }
+  int Red(int x, int y) const { return At(x, y)[2]; }
+  int Blue(int x, int y) const { return At(x, y)[0]; }
 };
 
-inline DecodedPicture Decoded(const std::string& file) {
-  Image image = LoadImage(file);
-  return {image.width, image.height, std::move(image.bgr)};
-}
+inline DecodedPicture Decoded(const std::string& file) { return {LoadImage(file)}; }
 
 // The colours of the dark and the light theme, bright enough not to be a glow or a half-covered pixel.
 inline bool IsInk(int r, int g, int b) { return b > r + 70 && b > 120 && g > r + 20; }
@@ -32,7 +28,7 @@ long CountPixels(const DecodedPicture& p, Predicate is, double left = 0, double 
   long count = 0;
   for (int y = static_cast<int>(top * p.height); y < static_cast<int>(bottom * p.height); ++y)
     for (int x = static_cast<int>(left * p.width); x < static_cast<int>(right * p.width); ++x)
-      count += is(p.Red(x, y), p.Green(x, y), p.Blue(x, y));
+      count += is(p.Red(x, y), p.At(x, y)[1], p.Blue(x, y));
   return count;
 }
 

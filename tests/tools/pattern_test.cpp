@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "run_zrv.h"
+#include "tests/generator/content_files.h"
 #include "tools/errors.h"
 #include "tools/filter_choice.h"
 #include "tools/kinds.h"
@@ -103,18 +104,15 @@ TEST(Compose, KeystoneMovesTheCornersWhereTheyAreSent) {
 
 // Two frames of true colour: a red square on the left, a blue one on the right.
 std::string TwoFrames(const Folder& folder) {
-  std::string file;
-  const auto words = [&](std::initializer_list<int> values) {
-    for (const int v : values) file += {static_cast<char>(v >> 8), static_cast<char>(v)};
-  };
-  for (int frame = 0; frame < 3; ++frame) {  // the third one is the end
-    file += std::string("ILDA\0\0\0\5", 8) + std::string(16, ' ');
-    words({frame < 2 ? 5 : 0, 0, 2, 0});
-    const int left = frame == 0 ? -30000 : 10000;
+  using namespace zrv_test;
+  Bytes file;
+  for (const auto& [left, blue] : {std::pair{-30000, 0}, {10000, 255}}) {
+    file += IldaSection(5, 5, 2);
     for (const auto& [x, y] : {std::pair{0, 0}, {20000, 0}, {20000, 20000}, {0, 20000}, {0, 0}})
-      if (frame < 2) words({left + x, y - 10000, frame == 0 ? 0x0000 : 0x00FF, frame == 0 ? 0x00FF : 0x0000});
+      file += BigEndian({left + x, y - 10000, blue, 255 - blue});
   }
-  WriteText(folder.File("two.ild"), file);
+  file += IldaSection(5, 0, 2);
+  WriteText(folder.File("two.ild"), {file.begin(), file.end()});
   return folder.File("two.ild");
 }
 

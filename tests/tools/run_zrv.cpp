@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -28,23 +27,13 @@ Outcome Zrv(const std::string& arguments) {
   return Background({std::istream_iterator<std::string>(words), {}}).Finish(120);
 }
 
-Outcome Shell(const std::string& command) {
-  Outcome outcome;
-  std::FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-  if (!pipe) throw std::runtime_error("popen");
-  char buffer[4096];
-  for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;) outcome.output.append(buffer, n);
-  const int status = pclose(pipe);
-  if (WIFEXITED(status)) outcome.status = WEXITSTATUS(status);
-  return outcome;
-}
+Outcome Shell(const std::string& command) { return Background({"-c", command}, "/bin/sh").Finish(120); }
 
-Background::Background(const std::vector<std::string>& arguments) {
+Background::Background(std::vector<std::string> arguments, std::string program) {
   int ends[2];
   if (pipe(ends) != 0) throw std::runtime_error("pipe");
-  std::vector<std::string> words = arguments;
-  std::vector<char*> argv = {const_cast<char*>(ZRV_TOOL_FILE)};
-  for (std::string& word : words) argv.push_back(word.data());
+  std::vector<char*> argv = {program.data()};
+  for (std::string& word : arguments) argv.push_back(word.data());
   argv.push_back(nullptr);
   pid_ = fork();
   if (pid_ == 0) {
@@ -52,7 +41,7 @@ Background::Background(const std::vector<std::string>& arguments) {
     dup2(ends[1], 2);
     close(ends[0]);
     close(ends[1]);
-    execv(ZRV_TOOL_FILE, argv.data());
+    execv(argv[0], argv.data());
     _exit(127);
   }
   close(ends[1]);
@@ -111,6 +100,11 @@ Folder::Folder() {
 Folder::~Folder() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
+}
+
+std::string Folder::In(std::string text) const {
+  for (std::size_t at; (at = text.find("FOLDER")) != std::string::npos;) text.replace(at, 6, Path());
+  return text;
 }
 
 std::string ReadText(const std::string& file) {

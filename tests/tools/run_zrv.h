@@ -21,10 +21,10 @@ Outcome Shell(const std::string& command);
 // zrv with these arguments, separated by spaces.
 Outcome Zrv(const std::string& arguments);
 
-// zrv running beside the test; killed with the object.
+// zrv, or another program, running beside the test; killed with the object.
 class Background {
  public:
-  explicit Background(const std::vector<std::string>& arguments);
+  explicit Background(std::vector<std::string> arguments, std::string program = ZRV_TOOL_FILE);
   ~Background();
   Background(const Background&) = delete;
   Background& operator=(const Background&) = delete;
@@ -51,6 +51,8 @@ class Folder {
   Folder& operator=(const Folder&) = delete;
   std::string File(const std::string& name) const { return (path_ / name).string(); }
   std::string Path() const { return path_.string(); }
+  // With the path in place of FOLDER.
+  std::string In(std::string text) const;
 
  private:
   std::filesystem::path path_;
