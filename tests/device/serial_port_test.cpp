@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -41,18 +40,12 @@ class SerialPort : public ::testing::Test {
     return *controllers.back();
   }
 
-  // What a program prints.
-  static std::string Run(const std::string& command) {
-    FILE* pipe = popen(command.c_str(), "r");
-    std::string output;
-    char part[256];
-    while (std::fgets(part, sizeof part, pipe) != nullptr) output += part;
-    EXPECT_EQ(pclose(pipe), 0) << command << "\n" << output;
-    return output;
-  }
-
   // The circle was drawn for two seconds: 20 turns of 2000 samples, radius 0.5 about the centre.
-  static void ExpectCircle(sim::PseudoTerminal& controller, const std::string& output, const std::string& said) {
+  static void ExpectCircle(sim::PseudoTerminal& controller, std::vector<std::string> arguments, const char* said) {
+    char* argv[] = {arguments[0].data(), arguments.size() > 1 ? arguments[1].data() : nullptr, nullptr};
+    ::testing::internal::CaptureStdout();
+    EXPECT_EQ(PlayCircleMain(static_cast<int>(arguments.size()), argv), 0);
+    const std::string output = ::testing::internal::GetCapturedStdout();
     EXPECT_NE(output.find(said), std::string::npos) << output;
     EXPECT_NE(output.find("playing: yes\nstopped at ("), std::string::npos) << output;
     const auto path = controller.Access([](sim::Controller& c) { return c.DrawnPath(); });
@@ -91,20 +84,10 @@ TEST_F(SerialPort, ControllersAreFoundAndConnected) {
   EXPECT_NE(device.GetLastError(), ErrorNone);
 }
 
-TEST_F(SerialPort, TheCExampleRunsOnAGivenPort) {
-  sim::PseudoTerminal& controller = Plug("Bench 3");
-  ExpectCircle(controller, Run("'" ZRV_PLAY_CIRCLE "' " + controller.Port()),
-               "connected to Bench 3, 20000 samples per second");
-}
-
-TEST_F(SerialPort, TheCExampleFindsAControllerByItself) {
-  sim::PseudoTerminal& controller = Plug("Bench 4");
-  char name[] = "play_circle";
-  char* arguments[] = {name, nullptr};
-  ::testing::internal::CaptureStdout();
-  EXPECT_EQ(PlayCircleMain(1, arguments), 0);
-  ExpectCircle(controller, ::testing::internal::GetCapturedStdout(),
-               "1 controller(s) found\n  ttyUSB0  Bench 4, firmware ZRVSIM 10.7");
+TEST_F(SerialPort, TheCExampleRunsOnAGivenPortAndFindsAControllerByItself) {
+  ExpectCircle(Plug("Bench 3"), {"play_circle", "ttyUSB0"}, "connected to Bench 3, 20000 samples per second");
+  controllers.clear();
+  ExpectCircle(Plug("Bench 4"), {"play_circle"}, "1 controller(s) found\n  ttyUSB0  Bench 4, firmware ZRVSIM 10.7");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <memory>
 #include <string_view>
+#include <tuple>
 
 namespace zrv::reliability {
 
@@ -13,7 +14,8 @@ constexpr float kDetector = 0.5f;  // at the photodetector
 constexpr float kTolerance = 1e-3f;
 constexpr unsigned kPairs = 4;
 constexpr unsigned kSensed = 16;   // a block: its mark comes within the bytes that are looked through
-constexpr const char* kName = "Bench";
+constexpr char kName[] = "Bench", kOtherName[] = "Other";
+constexpr char kAccess[] = "5c0e1b7a9f3d2e84c6a1b0f97d3e5a21";
 constexpr const char* kFirmware = "FW 3";
 constexpr const char* kLink = "USB";
 constexpr const char* kAddress = "00:11:22:33:44:55";
@@ -21,6 +23,13 @@ constexpr const char* kAddress = "00:11:22:33:44:55";
 bool Near(float value, float wanted) { return std::abs(value - wanted) < kTolerance; }
 
 // --- Setters: each has a row, and goes there and back ---------------------------------------------------
+
+// A command without an answer that a host could check.
+template <auto member, auto... arguments>
+bool Do(Bench& b) {
+  (b.device.*member)(arguments...);
+  return true;
+}
 
 template <ZRVParam param, int to>
 bool Set(Bench& b) {
@@ -41,37 +50,28 @@ bool Send(Bench& b) {
   return true;
 }
 
-template <int repeat, bool wait>
-bool Play(Bench& b) {
-  b.device.StartDataStream(repeat, wait);
-  return true;
-}
-
 bool Stop(Bench& b) {
   b.device.StopDataStream();
   const ZRVDevice& d = b.device;
   return d.GetXStop() == 0 && d.GetYStop() == 0 && d.GetMStop() == 0 && d.GetIStop() == 0;
 }
 
-void LoadBlock(Bench& b) {
+bool LoadBlock(Bench& b) {
   Stop(b);
-  Send<4>(b);
+  return Send<4>(b);
 }
 
-void StandStill(Bench& b) { Stop(b); }
-
-template <ZRVDataMode mode>
-void Stream(Bench& b) {
-  b.device.SetDeviceParam(ParamDataMode, static_cast<float>(mode));
-}
-
-bool Streamed(Bench& b) {
-  float ai0[kPairs], ai1[kPairs];
-  if (b.device.GetAnalogInputStream(ai0, ai1, kPairs) != kPairs) return false;
+// What the inputs are given.
+bool AreFed(const float (&ai0)[kPairs], const float (&ai1)[kPairs]) {
   for (unsigned i = 0; i < kPairs; ++i) {
     if (!Near(ai0[i], kVolts) || !Near(ai1[i], 0)) return false;
   }
   return true;
+}
+
+bool Streamed(Bench& b) {
+  float ai0[kPairs], ai1[kPairs];
+  return b.device.GetAnalogInputStream(ai0, ai1, kPairs) == kPairs && AreFed(ai0, ai1);
 }
 
 bool Sensed(Bench& b) {
@@ -87,10 +87,7 @@ bool Sensed(Bench& b) {
 bool Captured(Bench& b) {
   float ai0[kPairs], ai1[kPairs];
   b.device.GetAnalogInputBuffer(ai0, ai1, kPairs);
-  for (unsigned i = 0; i < kPairs; ++i) {
-    if (!Near(ai0[i], kVolts) || !Near(ai1[i], 0)) return false;
-  }
-  return true;
+  return AreFed(ai0, ai1);
 }
 
 bool ReadRecord(Bench& b) {
@@ -125,24 +122,10 @@ bool SetRecord(Bench& b) {
   return true;
 }
 
-template <bool back>
-bool SetName(Bench& b) {
-  b.device.SetDeviceName(back ? kName : "Other");
-  return true;
-}
-
-template <bool back>
-bool SetDefaultName(Bench& b) {
-  b.device.SetDefaultDeviceName(back ? kName : "Other", "5c0e1b7a9f3d2e84c6a1b0f97d3e5a21");
-  return true;
-}
-
 bool Connect(Bench& b) {
   b.device.ConnectDevice(b.port.c_str());
   return true;
 }
-
-void Disconnect(Bench& b) { b.device.DisconnectDevice(); }
 
 bool Discover(Bench& b) {
   ZRVAvailableDevices list;
@@ -180,11 +163,6 @@ bool ReadIntegrals(Bench& b) {
   return first == -2 && second == 300;
 }
 
-bool Respond(Bench& b) {
-  b.device.IsDeviceResponding();
-  return true;
-}
-
 template <unsigned milliseconds>
 bool GoTo(Bench& b) {
   b.device.GoToDevicePosition(0, 0, 0, milliseconds);
@@ -197,13 +175,6 @@ bool NoneRemain(Bench& b) { return b.device.GetSamplesRemaining() == 0; }
 bool Stands(Bench& b) { return !b.device.IsDeviceRunning(); }
 bool Tracks(Bench& b) { return b.device.IsTrackingSupported(); }
 
-// A command without an answer that a host could check.
-template <auto member, auto... arguments>
-bool Do(Bench& b) {
-  (b.device.*member)(arguments...);
-  return true;
-}
-
 constexpr unsigned kAck = 2000, kAnswer = 2000, kQuery = kAck + kAnswer;
 constexpr unsigned kRecord = kAck + 5 * 1000 + 19 * 50 + kAck;  // silent behind the first acknowledgement
 constexpr unsigned kCheck = 200 + kRecord + 100 + 200 + kAck;   // and again at the second attempt
@@ -212,11 +183,12 @@ constexpr unsigned kSearch = 200 + 200 + 5 * 1000 + 19 * 50 + 200 + 100 + 200 + 
 constexpr unsigned kPlayWait = kAck + 2 * 2500 + 2000;          // twice a capacity of 25000 at 10000 a second
 
 const Call kCalls[] = {
-    {"GetAvailableDevices", "B5 E0 E4 E1", kSearch, kHides | kDisconnects, Discover, nullptr, Disconnect},
+    {"GetAvailableDevices", "B5 E0 E4 E1", kSearch, kHides | kDisconnects, Discover, nullptr,
+     Do<&ZRVDevice::DisconnectDevice>},
     {"ConnectDevice", "B5 E0 E4 E1 BF F2 B1 B2 F3 F1", kCheck + kMove, kHides | kDisconnects | kPatient, Connect,
-     nullptr, Disconnect},
+     nullptr, Do<&ZRVDevice::DisconnectDevice>},
     {"CheckConnectDevice", "B5 E0 E4 E1", kCheck, kHides | kReadsOn, CheckConnection},
-    {"IsDeviceResponding", "E3", kAck, 0, Respond},
+    {"IsDeviceResponding", "E3", kAck, 0, Do<&ZRVDevice::IsDeviceResponding>},
     {"GetDeviceParams", "E0 E4 E1", kRecord, kText, ReadRecord},
     {"SetDeviceParams", "BB E8 C0 EB EA D5 D7 D9 E7 E5", 10 * kAck, 0, SetRecord<1>, SetRecord<0>},
     Setter<ParamUSARTBaudRate, 460800, 921600>("SetDeviceParam, baud rate", "BB", kAck, 0),
@@ -237,17 +209,21 @@ const Call kCalls[] = {
     Setter<ParamSyncMode, 3, 0>("SetDeviceParam, sync", "E5", kAck, 0),
     {"GetDeviceState", "F4", kQuery, kReadsOn, Do<&ZRVDevice::GetDeviceState>},
     {"GetOutputOffsets", "E4", kQuery, 0, Do<&ZRVDevice::GetOutputOffsets>},
-    {"SetDeviceName", "BA E0 E4 E1", kAck + kRecord, kText, SetName<false>, SetName<true>},
-    {"SetDefaultDeviceName", "BD E0 E4 E1", kAck + kRecord, kText, SetDefaultName<false>, SetDefaultName<true>},
+    {"SetDeviceName", "BA E0 E4 E1", kAck + kRecord, kText,
+     Do<&ZRVDevice::SetDeviceName, kOtherName>, Do<&ZRVDevice::SetDeviceName, kName>},
+    {"SetDefaultDeviceName", "BD E0 E4 E1", kAck + kRecord, kText,
+     Do<&ZRVDevice::SetDefaultDeviceName, kOtherName, kAccess>,
+     Do<&ZRVDevice::SetDefaultDeviceName, kName, kAccess>},
     {"SaveToFlash", "F8", kAck + 800, 0, Do<&ZRVDevice::SaveToFlash, FlashSettings>},
-    {"SendDataStream", "B1 B2", 3 * kAck, 0, Send<4>, nullptr, StandStill},
-    {"SendDataStream, 25000 samples", "B1 B2", 3 * kAck, 0, Send<25000>, nullptr, StandStill},
-    {"StartDataStream, endless", "F1", kAck, 0, Play<-1, false>, nullptr, LoadBlock},
-    {"StartDataStream, counted", "F5", kAck, 0, Play<3, false>, nullptr, LoadBlock},
-    {"StartDataStream, and wait", "F3", kPlayWait, kPatient, Play<2, true>, nullptr, LoadBlock},
+    {"SendDataStream", "B1 B2", 3 * kAck, 0, Send<4>, nullptr, Stop},
+    {"SendDataStream, 25000 samples", "B1 B2", 3 * kAck, 0, Send<25000>, nullptr, Stop},
+    {"StartDataStream, endless", "F1", kAck, 0, Do<&ZRVDevice::StartDataStream, -1, false>, nullptr, LoadBlock},
+    {"StartDataStream, counted", "F5", kAck, 0, Do<&ZRVDevice::StartDataStream, 3, false>, nullptr, LoadBlock},
+    {"StartDataStream, and wait", "F3", kPlayWait, kPatient, Do<&ZRVDevice::StartDataStream, 2, true>, nullptr,
+     LoadBlock},
     {"StopDataStream", "F2", kQuery, 0, Stop, nullptr, LoadBlock},
-    {"GetSamplesRemaining", "E2", kQuery, kReadsOn, NoneRemain, nullptr, StandStill},
-    {"IsDeviceRunning", "F4", kQuery, kReadsOn, Stands, nullptr, StandStill},
+    {"GetSamplesRemaining", "E2", kQuery, kReadsOn, NoneRemain, nullptr, Stop},
+    {"IsDeviceRunning", "F4", kQuery, kReadsOn, Stands, nullptr, Stop},
     {"GoToDevicePosition, smooth", "F2 B1 B2 F3 B1 B2 F1", kMove, kHides | kPatient | kReadsOn, GoTo<5>, nullptr,
      LoadBlock},
     {"GoToDevicePosition, at once", "B1 B2 F4 F1", 4 * kAck, kHides | kReadsOn, GoTo<0>, nullptr, LoadBlock},
@@ -258,22 +234,14 @@ const Call kCalls[] = {
     {"GetAnalogInputValue", "A0", kQuery, kHides, Measured},
     {"GetPhotoDetectorValue", "A6", kQuery, kHides, Detected},
     {"GetAnalogInputBuffer", "A4 A5", 3 * kAck, kHides, Captured},
-    {"GetAnalogInputStream", "-", 1000, kHides | kStreams, Streamed, nullptr, Stream<DataModeAnalogVolts>},
-    {"GetOrBEX1Stream", "-", 2000 + 1000, kHides | kStreams, Sensed, nullptr, Stream<DataModeOrBEX1>},
+    {"GetAnalogInputStream", "-", 1000, kHides | kStreams, Streamed, nullptr, Set<ParamDataMode, DataModeAnalogVolts>},
+    {"GetOrBEX1Stream", "-", 2000 + 1000, kHides | kStreams, Sensed, nullptr, Set<ParamDataMode, DataModeOrBEX1>},
     {"IsTrackingSupported", "F4", kQuery, kReadsOn, Tracks},
     {"GetTrackParams", "90", kAck + 1000 + 6 * 50, 0, ReadTracking},
     {"SetTrackParams", "9D", kAck, 0, WriteTracking},
     {"GetTrackStatus", "92", kQuery, kReadsOn, ReadTrackPoint},
     {"GetTrackIntegrals", "91", kQuery, kHides, ReadIntegrals},
     {"ResetDevice", "EE", kAck, 0, Do<&ZRVDevice::ResetDevice>},
-};
-
-struct Truth {
-  template <typename T>
-  Truth(ZRVParam p, const char* n, T v) : param(p), name(n), value(static_cast<double>(v)) {}
-  ZRVParam param;
-  const char* name;
-  double value;
 };
 
 }  // namespace
@@ -293,9 +261,14 @@ sim::Options ControllerOptions() {
   return options;
 }
 
+void FeedTracking(sim::Controller& controller) {
+  controller.SetTrackTarget(sim::TrackTarget{});
+  controller.SetTrackIntegrals(-2, 300);
+}
+
 const char* FirstFalseParam(ZRVDevice& device, const sim::Controller& controller) {
   const sim::Settings& s = controller.settings();
-  const Truth kTruth[] = {
+  const std::tuple<ZRVParam, const char*, double> kTruth[] = {
       {ParamUSARTBaudRate, "baud rate", s.usartBaudRate},
       {ParamSampleRate, "sample rate", s.sampleRate},
       {ParamHardwareFilterBw, "filter", s.hardwareFilterBw},
@@ -314,8 +287,8 @@ const char* FirstFalseParam(ZRVDevice& device, const sim::Controller& controller
       {ParamSyncMode, "sync", s.syncMode},
       {ParamSyncState, "format", controller.options().formatCode},
   };
-  for (const Truth& truth : kTruth) {
-    if (std::abs(device.GetDeviceParam(truth.param) - truth.value) > 1e-3) return truth.name;
+  for (const auto& [param, name, value] : kTruth) {
+    if (std::abs(device.GetDeviceParam(param) - value) > 1e-3) return name;
   }
   return nullptr;
 }

@@ -35,13 +35,14 @@ struct Call {
   unsigned traits;
   bool (*run)(Bench&);                // whether what it brought is right
   bool (*undo)(Bench&) = nullptr;     // restores what run changed; null: run again
-  void (*prepare)(Bench&) = nullptr;  // may be null
+  bool (*prepare)(Bench&) = nullptr;  // may be null
 };
 
 std::span<const Call> Calls();
 
-// The controller that the calls expect.
+// The controller that the calls expect, and what its tracking reports.
 sim::Options ControllerOptions();
+void FeedTracking(sim::Controller& controller);
 
 // The first parameter of the device's own record that the controller does not have so; null when there is none. Sends
 // nothing.

@@ -33,10 +33,6 @@ using Clock = std::chrono::steady_clock;
 enum Kind { kDrop, kOneBit, kAllBits, kDouble, kLate, kTooLate, kCutAnswer, kCutCommand, kStall, kSilence, kKinds };
 constexpr const char* kKindNames[kKinds] = {"dropped",    "one bit",     "all bits",     "doubled", "0.3 s late",
                                             "2.5 s late", "cut, answer", "cut, command", "stalled", "silent"};
-constexpr const char* kLegend =
-    "Cells: error x cases, or ~ x cases for a wrong value that nothing gave away. 0 none, 4 serial, 5 response,\n"
-    "6 reset, 7 acknowledge.\n";
-
 constexpr int kSlackMs = 300;         // of the machine, on top of the time-outs
 constexpr int kStalledWriteMs = 5000;
 constexpr unsigned kEveryByteUpTo = 400;
@@ -56,10 +52,11 @@ struct Outcome {
   bool right = true;
   int ms = 0;
   int attempts = 1;
-  char complaint[48] = "", first[48] = "";  // at the last attempt, at the first
+  bool broken = false;
 };
 
 struct Traffic {
+  unsigned call = 0;
   uint64_t answered = 0, received = 0;  // bytes of a run without faults
 };
 
@@ -88,7 +85,8 @@ class Session {
     std::filesystem::remove_all(directory_, ignored);
   }
 
-  Traffic Measure(const Call& call) {
+  Traffic Measure(unsigned index) {
+    const Call& call = Calls()[index];
     Ready(call);
     const Traffic before = Passed();
     const bool right = call.run(*bench_);
@@ -98,13 +96,36 @@ class Session {
     }
     Pause(20);  // what was written last has then arrived
     const Traffic after = Passed();
-    if ((call.traits & kStreams) != 0) return {kStreamRecordBytes, 0};
-    return {after.answered - before.answered, after.received - before.received};
+    if ((call.traits & kStreams) != 0) return {index, kStreamRecordBytes, 0};
+    return {index, after.answered - before.answered, after.received - before.received};
   }
 
-  void Run(const Call& call, const Case& c, Outcome& outcome) {
-    const char* complaint = Try(call, c, outcome);
-    std::snprintf(outcome.complaint, sizeof outcome.complaint, "%s", complaint != nullptr ? complaint : "");
+  // Null, or what is wrong.
+  const char* Run(const Case& c, Outcome& outcome) {
+    const Call& call = Calls()[c.call];
+    if (c.kind == kStall) {  // a second way into the line, opened before the device has it to itself
+      device().DisconnectDevice();
+      filler_ = open(bench_->port.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+    }
+    Ready(call);
+    Arm(call, c);
+    const auto start = Clock::now();
+    outcome.right = call.run(*bench_);
+    outcome.ms = Since(start);
+    outcome.error = static_cast<int>(error());
+    if (c.kind == kStall) close(filler_);
+
+    const int bound = static_cast<int>(call.boundMs) + (c.kind == kStall ? kStalledWriteMs : 0) + kSlackMs;
+    if (outcome.ms > bound) return "took too long";
+    if (const char* complaint = JudgeError(call, c, outcome)) return complaint;
+    const bool cut = c.kind == kCutAnswer || c.kind == kCutCommand;
+    if (cut) {
+      if (const char* complaint = Replug(call)) return complaint;
+    } else {
+      Heal(call, c);
+      if (const char* complaint = JudgeRecord(call, c, outcome)) return complaint;
+    }
+    return JudgeNext(call, cut);
   }
 
  private:
@@ -119,10 +140,7 @@ class Session {
     terminal_.reset();
     const zrv::sim::PortOptions port{directory_, "ttyUSB0", 0};
     terminal_ = std::make_unique<PseudoTerminal>(ControllerOptions(), port);
-    Access([](Controller& c) {
-      c.SetTrackTarget(zrv::sim::TrackTarget{});
-      c.SetTrackIntegrals(-2, 300);
-    });
+    Access(FeedTracking);
   }
 
   bool Connected() {
@@ -137,7 +155,7 @@ class Session {
   }
 
   Traffic Passed() {
-    return Access([](Controller& c) { return Traffic{c.faults().bytesAnswered(), c.faults().bytesReceived()}; });
+    return Access([](Controller& c) { return Traffic{0, c.faults().bytesAnswered(), c.faults().bytesReceived()}; });
   }
 
   static Fault Of(const Case& c) {
@@ -171,33 +189,6 @@ class Session {
     const std::vector<char> junk(4096);
     while (write(filler_, junk.data(), junk.size()) > 0) {
     }
-  }
-
-  // Null, or what is wrong.
-  const char* Try(const Call& call, const Case& c, Outcome& outcome) {
-    if (c.kind == kStall) {  // a second way into the line, opened before the device has it to itself
-      device().DisconnectDevice();
-      filler_ = open(bench_->port.c_str(), O_WRONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
-    }
-    Ready(call);
-    Arm(call, c);
-    const auto start = Clock::now();
-    outcome.right = call.run(*bench_);
-    outcome.ms = Since(start);
-    outcome.error = static_cast<int>(error());
-    if (c.kind == kStall) close(filler_);
-
-    const int bound = static_cast<int>(call.boundMs) + (c.kind == kStall ? kStalledWriteMs : 0) + kSlackMs;
-    if (outcome.ms > bound) return "took too long";
-    if (const char* complaint = JudgeError(call, c, outcome)) return complaint;
-    const bool cut = c.kind == kCutAnswer || c.kind == kCutCommand;
-    if (cut) {
-      if (const char* complaint = Replug(call)) return complaint;
-    } else {
-      Heal(call, c);
-      if (const char* complaint = JudgeRecord(call, c, outcome)) return complaint;
-    }
-    return JudgeNext(call, cut);
   }
 
   // Nothing in the protocol tells a value that was changed, or shifted by a byte too many, or an acknowledgement that
@@ -358,99 +349,67 @@ std::vector<Result> ShareOut(unsigned count, unsigned processes, Work work) {
   return results;
 }
 
-struct Measured {
-  unsigned call;
-  Traffic traffic;
-};
-
 std::vector<Traffic> MeasureCalls(unsigned processes) {
   const auto count = static_cast<unsigned>(Calls().size());
   std::vector<Traffic> traffic(count);
-  const auto results = ShareOut<Measured>(count, processes, [](unsigned call, std::unique_ptr<Session>& session) {
+  const auto results = ShareOut<Traffic>(count, processes, [](unsigned call, std::unique_ptr<Session>& session) {
     session = std::make_unique<Session>();
-    return Measured{call, session->Measure(Calls()[call])};
+    return session->Measure(call);
   });
   if (results.size() != count) std::exit(1);
-  for (const Measured& m : results) traffic[m.call] = m.traffic;
+  for (const Traffic& t : results) traffic[t.call] = t;
   return traffic;
 }
 
 std::vector<Outcome> RunCases(std::span<const Case> cases, unsigned processes) {
   return ShareOut<Outcome>(static_cast<unsigned>(cases.size()), processes,
                            [&](unsigned index, std::unique_ptr<Session>& session) {
-    Outcome outcome;
-    std::string first;
-    for (int attempt = 1; attempt <= kAttempts; ++attempt) {  // a busy machine breaks a time-out of 50 ms
-      outcome = {.index = index, .attempts = attempt};
-      session->Run(Calls()[cases[index].call], cases[index], outcome);
-      if (attempt == 1) first = outcome.complaint;
-      std::snprintf(outcome.first, sizeof outcome.first, "%s", first.c_str());
-      if (outcome.complaint[0] == '\0') break;
+    const Case& c = cases[index];
+    for (int attempt = 1;; ++attempt) {  // a busy machine breaks a time-out of 50 ms
+      Outcome outcome = {.index = index, .attempts = attempt};
+      const char* complaint = session->Run(c, outcome);
+      if (complaint == nullptr) return outcome;
+      std::fprintf(stderr, "attempt %d: %s, %s, byte %u: %s (error %d, %d ms)\n", attempt, Calls()[c.call].name,
+                   kKindNames[c.kind], c.byte, complaint, outcome.error, outcome.ms);
+      outcome.broken = true;
+      if (attempt == kAttempts) return outcome;
       session.reset();
       session = std::make_unique<Session>();
     }
-    return outcome;
   });
 }
 
 // --- The table ---------------------------------------------------------------------------------------------
 
-constexpr int kUnnoticed = -1;
-int Label(const Outcome& outcome) {
-  return outcome.error == ErrorNone && !outcome.right ? kUnnoticed : outcome.error;
-}
+struct Row {
+  std::map<int, int> cases;  // by error; 0 is none
+  int notRight = 0;          // no error, but a wrong value
+  int longestMs = 0;
 
-using Cell = std::map<int, int>;  // label to cases
-
-std::string Text(const Cell& cell) {
-  std::string text;
-  for (const auto& [label, count] : cell) {
-    char part[32];
-    std::snprintf(part, sizeof part, " %dx%d", label, count);
-    text += label == kUnnoticed ? " ~x" + std::to_string(count) : part;
+  void Add(const Outcome& outcome, Kind kind) {
+    ++(outcome.error == ErrorNone && !outcome.right ? notRight : cases[outcome.error]);
+    if (kind != kStall) longestMs = std::max(longestMs, outcome.ms);
   }
-  return text;
-}
-
-void PrintTable(std::span<const Case> cases, std::span<const Outcome> outcomes) {
-  std::map<unsigned, std::array<Cell, kKinds>> table;
-  std::array<Cell, kKinds> totals;
-  std::map<unsigned, int> longest;
-  for (const Outcome& outcome : outcomes) {
-    const Case& c = cases[outcome.index];
-    ++table[c.call][c.kind][Label(outcome)];
-    ++totals[c.kind][Label(outcome)];
-    if (c.kind != kStall) longest[c.call] = std::max(longest[c.call], outcome.ms);
+  void Print(const char* name) const {
+    std::printf("%-32s longest %5d ms; cases by error:", name, longestMs);
+    for (const auto& [error, count] : cases) std::printf(" %d x %d,", error, count);
+    std::printf(" not right x %d\n", notRight);
   }
-  std::printf("%s\n", kLegend);
-  for (const auto& [call, cells] : table) {
-    const Call& row = Calls()[call];
-    std::printf("%s [%s], bound %u ms, longest %d ms\n ", row.name, row.codes, row.boundMs, longest[call]);
-    for (int kind = 0; kind < kKinds; ++kind) {
-      if (!cells[static_cast<size_t>(kind)].empty()) {
-        std::printf(" %s:%s;", kKindNames[kind], Text(cells[static_cast<size_t>(kind)]).c_str());
-      }
-    }
-    std::printf("\n");
-  }
-  std::printf("\nAll calls\n");
-  for (int kind = 0; kind < kKinds; ++kind) {
-    std::printf("  %-13s%s\n", kKindNames[kind], Text(totals[static_cast<size_t>(kind)]).c_str());
-  }
-}
+};
 
 int Report(std::span<const Case> cases, std::span<const Outcome> outcomes, double seconds) {
-  PrintTable(cases, outcomes);
+  std::vector<Row> calls(Calls().size()), kinds(kKinds);
   int broken = 0, repeated = 0;
   for (const Outcome& outcome : outcomes) {
-    if (outcome.attempts == 1) continue;
-    const bool lasting = outcome.complaint[0] != '\0';
-    ++(lasting ? broken : repeated);
     const Case& c = cases[outcome.index];
-    std::printf("%s: %s, %s, byte %u: %s (error %d, %d ms)\n", lasting ? "BROKEN" : "once", Calls()[c.call].name,
-                kKindNames[c.kind], c.byte, lasting ? outcome.complaint : outcome.first, outcome.error, outcome.ms);
+    calls[c.call].Add(outcome, c.kind);
+    kinds[c.kind].Add(outcome, c.kind);
+    broken += outcome.broken;
+    repeated += !outcome.broken && outcome.attempts > 1;
   }
-  std::printf("\n%zu calls, %zu cases in %.0f s; %d broken, %d only once\n", Calls().size(), outcomes.size(), seconds,
+  for (size_t i = 0; i < calls.size(); ++i) calls[i].Print(Calls()[i].name);
+  for (size_t i = 0; i < kinds.size(); ++i) kinds[i].Print(kKindNames[i]);
+  std::printf("\n%zu calls, %zu cases in %.0f s; %d broken, %d only once\n", calls.size(), outcomes.size(), seconds,
               broken, repeated);
   return broken == 0 && outcomes.size() == cases.size() ? 0 : 1;
 }

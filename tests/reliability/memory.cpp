@@ -179,20 +179,30 @@ struct Workbench {
     scan.RefreshRate = 1;
   }
 
-  float* x() { return out.x.data(); }
-  float* y() { return out.y.data(); }
-  unsigned char* m() { return out.m.data(); }
+  float* const x = out.x.data();
+  float* const y = out.y.data();
+  unsigned char* const m = out.m.data();
 };
 
 // A composite generator; some choose the sample rate too.
 template <auto make, typename Settings>
 unsigned Compose(Workbench& w, const Settings& settings) {
   unsigned samples = 0, frames = 0;
-  if constexpr (requires { (w.g.*make)(nullptr, nullptr, nullptr, w.scan, settings, samples, frames, w.sps); }) {
-    (w.g.*make)(w.x(), w.y(), w.m(), w.scan, settings, samples, frames, w.sps);
+  if constexpr (requires { (w.g.*make)(w.x, w.y, w.m, w.scan, settings, samples, frames, w.sps); }) {
+    (w.g.*make)(w.x, w.y, w.m, w.scan, settings, samples, frames, w.sps);
   } else {
-    (w.g.*make)(w.x(), w.y(), w.m(), w.scan, settings, samples, frames);
+    (w.g.*make)(w.x, w.y, w.m, w.scan, settings, samples, frames);
   }
+  return samples;
+}
+
+unsigned ComposeDrawing(Workbench& w) {
+  ZRVImportSettings drawing;
+  drawing.FileName = w.drawing.c_str();
+  drawing.Frames = w.frames.data();
+  drawing.NumFrames = 1;
+  unsigned samples = 0, frames = 0;
+  w.g.GenerateImportFileData(w.x, w.y, w.m, nullptr, w.scan, drawing, samples, frames, w.sps);
   return samples;
 }
 
@@ -201,138 +211,64 @@ struct Family {
   unsigned (*make)(Workbench&);  // samples or keypoints written
 };
 
+// A generator that says how much it wrote, one that writes `count`, and a composite one; over a workbench w.
+#define WRITES(generator, ...) {#generator, [](Workbench& w) -> unsigned { return w.g.generator(__VA_ARGS__); }}
+#define FILLS(count, generator, ...) \
+  {#generator, [](Workbench& w) -> unsigned { w.g.generator(__VA_ARGS__); return count; }}
+#define COMPOSES(generator, ...) \
+  {#generator, [](Workbench& w) { return Compose<&ZRVDataGenerator::generator>(w, __VA_ARGS__); }}
+#define OUT w.x, w.y, w.m
+#define KEYS w.keys.x.data(), w.keys.y.data(), w.keys.m.data()
+
 const Family kFamilies[] = {
-    {"SineWaveform", [](Workbench& w) { return w.g.SineWaveform(w.x(), w.y(), w.m(), kSamples, 1, 5, 0); }},
-    {"SawtoothWaveform",
-     [](Workbench& w) { return w.g.SawtoothWaveform(w.x(), w.y(), w.m(), kSamples, 1, 5, 0.5f, 0); }},
-    {"SquareWaveform", [](Workbench& w) { return w.g.SquareWaveform(w.x(), w.y(), w.m(), kSamples, 1, 5, 0.5f, 0); }},
-    {"NoiseWaveform", [](Workbench& w) { return w.g.NoiseWaveform(w.x(), kSamples, 1); }},
-    {"SpiralCurve", [](Workbench& w) { return w.g.SpiralCurve(w.x(), w.y(), w.m(), kSamples, 1, 1, 9, 0); }},
-    {"PolygonCurve", [](Workbench& w) { return w.g.PolygonCurve(w.x(), w.y(), w.m(), kSamples, 1, 7, 0); }},
-    {"SpirographCurve",
-     [](Workbench& w) { return w.g.SpirographCurve(w.x(), w.y(), w.m(), kSamples, 4, 0, 1, 7, 3, 2); }},
-    {"LissajousCurve",
-     [](Workbench& w) { return w.g.LissajousCurve(w.x(), w.y(), w.m(), kSamples, 0, 1, 3, 2, 0, 1, 0.5f, 20, 0); }},
-    {"DynamicsCurve",
-     [](Workbench& w) { return w.g.DynamicsCurve(w.x(), w.y(), w.m(), kSamples, 0, 0, 0.01f, 0.02f, 0, -0.001f, 1); }},
-    {"InterpolateDataLinear, 5000 keypoints",
+    WRITES(SineWaveform, OUT, kSamples, 1, 5, 0),
+    WRITES(SawtoothWaveform, OUT, kSamples, 1, 5, 0.5f, 0),
+    WRITES(SquareWaveform, OUT, kSamples, 1, 5, 0.5f, 0),
+    WRITES(NoiseWaveform, w.x, kSamples, 1),
+    WRITES(SpiralCurve, OUT, kSamples, 1, 1, 9, 0),
+    WRITES(PolygonCurve, OUT, kSamples, 1, 7, 0),
+    WRITES(SpirographCurve, OUT, kSamples, 4, 0, 1, 7, 3, 2),
+    WRITES(LissajousCurve, OUT, kSamples, 0, 1, 3, 2, 0, 1, 0.5f, 20, 0),
+    WRITES(DynamicsCurve, OUT, kSamples, 0, 0, 0.01f, 0.02f, 0, -0.001f, 1),
+    WRITES(InterpolateDataLinear, KEYS, OUT, kKeypoints, kSamples, 2),
+    WRITES(InterpolateDataTrapezoidal, KEYS, OUT, kKeypoints, kSamples, 2, 0.2f, 0.2f),
+    WRITES(InterpolateDataOptimized, KEYS, OUT, kKeypoints, kSamples),
+    {"OptimizeKeypoints",
      [](Workbench& w) {
-       return w.g.InterpolateDataLinear(w.keys.x.data(), w.keys.y.data(), w.keys.m.data(), w.x(), w.y(), w.m(),
-                                        kKeypoints, kSamples, 2);
+       std::copy(w.keys.x.begin(), w.keys.x.end(), w.x);
+       std::copy(w.keys.y.begin(), w.keys.y.end(), w.y);
+       std::copy(w.keys.m.begin(), w.keys.m.end(), w.m);
+       return w.g.OptimizeKeypoints(OUT, kSamples, kKeypoints);
      }},
-    {"InterpolateDataTrapezoidal, 5000 keypoints",
-     [](Workbench& w) {
-       return w.g.InterpolateDataTrapezoidal(w.keys.x.data(), w.keys.y.data(), w.keys.m.data(), w.x(), w.y(), w.m(),
-                                             kKeypoints, kSamples, 2, 0.2f, 0.2f);
-     }},
-    {"InterpolateDataOptimized, 5000 keypoints",
-     [](Workbench& w) {
-       return w.g.InterpolateDataOptimized(w.keys.x.data(), w.keys.y.data(), w.keys.m.data(), w.x(), w.y(), w.m(),
-                                           kKeypoints, kSamples);
-     }},
-    {"OptimizeKeypoints, 50000 to 5000",
-     [](Workbench& w) {
-       std::copy(w.keys.x.begin(), w.keys.x.end(), w.out.x.begin());
-       std::copy(w.keys.y.begin(), w.keys.y.end(), w.out.y.begin());
-       std::copy(w.keys.m.begin(), w.keys.m.end(), w.out.m.begin());
-       return w.g.OptimizeKeypoints(w.x(), w.y(), w.m(), kSamples, kKeypoints);
-     }},
-    {"CloseCurve", [](Workbench& w) { return w.g.CloseCurve(w.x(), w.y(), w.m(), kSamples, 10, false); }},
-    {"TransformData",
-     [](Workbench& w) {
-       w.g.InitProjectiveTransformMatrix(nullptr, nullptr, false);
-       return w.g.TransformData(w.x(), w.y(), kSamples, 0.5f, 1, 0.1f, 0.1f, true, 0.2f, 0.2f);
-     }},
-    {"AnimationRotate, 10 frames",
-     [](Workbench& w) { return w.g.AnimationRotate(w.x(), w.y(), w.m(), kSamples / 10, 10); }},
-    {"AnimationScroll, 10 frames",
-     [](Workbench& w) { return w.g.AnimationScroll(w.x(), w.y(), w.m(), kSamples / 10, 10); }},
-    {"drawing, 50 frames of 1000 points: load",
-     [](Workbench& w) {
-       w.g.LoadIldaFile(w.drawing.c_str());
-       return w.g.IldaNumTotalPoints();
-     }},
-    {"drawing: stream",
-     [](Workbench& w) { return w.g.IldaDataStream(w.x(), w.y(), w.m(), w.frames.data(), 50, 1, 0, 0, 1.57f, true); }},
+    WRITES(CloseCurve, OUT, kSamples, 10, false),
+    FILLS(1, InitProjectiveTransformMatrix, nullptr, nullptr, false),
+    WRITES(TransformData, w.x, w.y, kSamples, 0.5f, 1, 0.1f, 0.1f, true, 0.2f, 0.2f),
+    WRITES(AnimationRotate, OUT, kSamples / 10, 10),
+    WRITES(AnimationScroll, OUT, kSamples / 10, 10),
+    FILLS(w.g.IldaNumTotalPoints(), LoadIldaFile, w.drawing.c_str()),
+    WRITES(IldaDataStream, OUT, w.frames.data(), 50, 1, 0, 0, 1.57f, true),
+    WRITES(LoadPointFile, w.points.c_str()),
+    WRITES(PointFileDataStream, OUT),
+    WRITES(LinearRasterPattern, OUT, 0.9f, 0.9f, 80, 100, 0.02f, false, true, 3, 0.1f, w.sps, 1, 100000),
+    WRITES(LinearRasterPatternImaging, OUT, 0.9f, 0.9f, 100, 100, 0.02f, false, true, 3, 0.1f, w.sps, 1, 100000),
+    WRITES(PointToPointPattern, OUT, KEYS, w.dwell.data(), kKeypoints, 0.1f, w.sps = 20000, 1, 100000),
+    WRITES(LaserWriterDataStream, OUT, w.image.data(), w.lastDark.data(), 100, 100, 0.02f, true, w.sps, 1, 20000,
+           -0.8f, 0.8f, -0.8f, 0.8f),
+    COMPOSES(GenerateWaveformData, ZRVWaveformSettings{}),
+    COMPOSES(GenerateSpirographData, ZRVSpirographSettings{}),
+    COMPOSES(GenerateLissajousData, ZRVLissajousSettings{}),
+    COMPOSES(GenerateClockData, ZRVClockSettings{}),
+    COMPOSES(GenerateSignalData, ZRVSignalSettings{}),
+    COMPOSES(GenerateScanData, ZRVPatternSettings{.NumLines = 80, .NumPixels = 100}),
+    {"GenerateImportFileData", ComposeDrawing},
 #ifdef ZRV_FONT_FILE
-    {"font: load",
-     [](Workbench& w) {
-       w.g.LoadHersheyFile(ZRV_FONT_FILE);
-       return w.g.HersheyNumOC();
-     }},
-    {"text of 1000 characters",
-     [](Workbench& w) { return w.g.HersheyDataStream(w.x(), w.y(), w.m(), w.text.c_str(), 1000, 0, 1, 0, false); }},
+    FILLS(w.g.HersheyNumOC(), LoadHersheyFile, ZRV_FONT_FILE),
+    WRITES(HersheyDataStream, OUT, w.text.c_str(), 1000, 0, 1, 0, false),
+    COMPOSES(GenerateTextData, ZRVTextSettings{.Text = w.text.c_str()}),
 #endif
-    {"point file of 50000 lines: load", [](Workbench& w) { return w.g.LoadPointFile(w.points.c_str()); }},
-    {"point file: stream", [](Workbench& w) { return w.g.PointFileDataStream(w.x(), w.y(), w.m()); }},
-    {"LinearRasterPattern",
-     [](Workbench& w) {
-       return w.g.LinearRasterPattern(w.x(), w.y(), w.m(), 0.9f, 0.9f, 80, 100, 0.02f, false, true, 3, 0.1f, w.sps, 1,
-                                      100000);
-     }},
-    {"LinearRasterPatternImaging",
-     [](Workbench& w) {
-       return w.g.LinearRasterPatternImaging(w.x(), w.y(), w.m(), 0.9f, 0.9f, 100, 100, 0.02f, false, true, 3, 0.1f,
-                                             w.sps, 1, 100000);
-     }},
-    {"PointToPointPattern, 5000 points",
-     [](Workbench& w) {
-       w.sps = 20000;
-       return w.g.PointToPointPattern(w.x(), w.y(), w.m(), w.keys.x.data(), w.keys.y.data(), w.keys.m.data(),
-                                      w.dwell.data(), kKeypoints, 0.1f, w.sps, 1, 100000);
-     }},
-    {"LaserWriterDataStream, 100 lines of 100 pixels",
-     [](Workbench& w) {
-       return w.g.LaserWriterDataStream(w.x(), w.y(), w.m(), w.image.data(), w.lastDark.data(), 100, 100, 0.02f, true,
-                                        w.sps, 1, 20000, -0.8f, 0.8f, -0.8f, 0.8f);
-     }},
-    {"GenerateWaveformData",
-     [](Workbench& w) { return Compose<&ZRVDataGenerator::GenerateWaveformData>(w, ZRVWaveformSettings{}); }},
-    {"GenerateSpirographData",
-     [](Workbench& w) { return Compose<&ZRVDataGenerator::GenerateSpirographData>(w, ZRVSpirographSettings{}); }},
-    {"GenerateLissajousData",
-     [](Workbench& w) { return Compose<&ZRVDataGenerator::GenerateLissajousData>(w, ZRVLissajousSettings{}); }},
-    {"GenerateClockData",
-     [](Workbench& w) { return Compose<&ZRVDataGenerator::GenerateClockData>(w, ZRVClockSettings{}); }},
-    {"GenerateSignalData",
-     [](Workbench& w) { return Compose<&ZRVDataGenerator::GenerateSignalData>(w, ZRVSignalSettings{}); }},
-    {"GenerateScanData",
-     [](Workbench& w) {
-       ZRVPatternSettings raster;
-       raster.NumLines = 80, raster.NumPixels = 100;
-       return Compose<&ZRVDataGenerator::GenerateScanData>(w, raster);
-     }},
-    {"GenerateImportFileData, one frame of 1000 points",
-     [](Workbench& w) {
-       ZRVImportSettings drawing;
-       drawing.FileName = w.drawing.c_str(), drawing.Frames = w.frames.data(), drawing.NumFrames = 1;
-       unsigned samples = 0, frames = 0;
-       w.g.GenerateImportFileData(w.x(), w.y(), w.m(), nullptr, w.scan, drawing, samples, frames, w.sps);
-       return samples;
-     }},
-#ifdef ZRV_FONT_FILE
-    {"GenerateTextData, 1000 characters",
-     [](Workbench& w) {
-       ZRVTextSettings text;
-       text.Text = w.text.c_str();
-       return Compose<&ZRVDataGenerator::GenerateTextData>(w, text);
-     }},
-#endif
-    {"SetupSoftwareFilter, Elliptic, 20 poles",
-     [](Workbench& w) {
-       w.g.SetupSoftwareFilter(5, 20, 1000, 20000, true);
-       return w.g.GetIIRFilterOrder();
-     }},
-    {"FilterData",
-     [](Workbench& w) {
-       w.g.FilterData(w.keys.x.data(), w.keys.y.data(), w.x(), w.y(), kSamples, false);
-       return kSamples;
-     }},
-    {"FilterData, without delay",
-     [](Workbench& w) {
-       w.g.FilterData(w.keys.x.data(), w.keys.y.data(), w.x(), w.y(), kSamples, true);
-       return kSamples;
-     }},
+    FILLS(w.g.GetIIRFilterOrder(), SetupSoftwareFilter, 5, 20, 1000, 20000, true),
+    FILLS(kSamples, FilterData, w.keys.x.data(), w.keys.y.data(), w.x, w.y, kSamples, false),
+    FILLS(kSamples, FilterData, w.keys.x.data(), w.keys.y.data(), w.x, w.y, kSamples, true),
 };
 
 std::vector<uint8_t> DrawingBytes() {

@@ -59,10 +59,7 @@ class Soak {
  public:
   explicit Soak(uint32_t seed) : seed_(seed), random_(seed), terminal_(ControllerOptions()) {
     bench_.port = terminal_.Port();
-    terminal_.Access([](Controller& c) {
-      c.SetTrackTarget(zrv::sim::TrackTarget{});
-      c.SetTrackIntegrals(-2, 300);
-    });
+    terminal_.Access(FeedTracking);
     bench_.device.ConnectDevice(bench_.port.c_str());
   }
 
