@@ -190,6 +190,9 @@ TEST_F(Stream, StartVariantsAndTheWaitForTheEnd) {
     EXPECT_EQ(port->TakeWaits(), waits) << wire;
     EXPECT_EQ(device.GetLastError(), ErrorNone) << wire;
   }
+  port->Answer(0xF3, kAck + Bytes{0xB5, 0xB0, 0x2B});
+  device.StartDataStream(1, true);
+  EXPECT_EQ(device.GetLastError(), ErrorSerialComm);
 }
 
 TEST_F(Stream, StopValues) {

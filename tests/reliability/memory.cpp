@@ -3,6 +3,8 @@
 //
 //   memory [rounds]      prints the figures of docs/reliability.md; fails when anything grows
 #include <malloc.h>
+#include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -87,14 +89,12 @@ class ControllerProcess {
   ControllerProcess() {
     std::string name = (std::filesystem::temp_directory_path() / "zrv-memory-XXXXXX").string();
     directory_ = mkdtemp(name.data());
-    if (pipe(ends_) != 0) std::exit(1);
     child_ = fork();
     if (child_ == 0) Serve();
-    close(ends_[0]);
     while (!std::filesystem::exists(Port())) std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
   ~ControllerProcess() {
-    close(ends_[1]);
+    kill(child_, SIGKILL);
     waitpid(child_, nullptr, 0);
     std::filesystem::remove_all(directory_);
   }
@@ -102,26 +102,19 @@ class ControllerProcess {
 
  private:
   [[noreturn]] void Serve() {
-    close(ends_[1]);
-    {
-      const zrv::sim::PseudoTerminal terminal({}, {directory_, "ttyUSB0", 0});
-      char byte;
-      while (read(ends_[0], &byte, 1) > 0) {
-      }
-    }
-    _exit(0);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);  // nor does it outlive a measurement that broke off
+    const zrv::sim::PseudoTerminal terminal({}, {directory_, "ttyUSB0", 0});
+    for (;;) pause();
   }
 
   std::string directory_;
-  int ends_[2] = {-1, -1};
   pid_t child_ = -1;
 };
 
 struct Arrays {
-  explicit Arrays(size_t n) : x(n), y(n), m(n), index(n) {}
+  explicit Arrays(size_t n) : x(n), y(n), m(n) {}
   std::vector<float> x, y;
   std::vector<unsigned char> m;
-  std::vector<unsigned> index;
 };
 
 void PlayOnce(ZRVDevice& device, const std::string& port, Arrays& a) {
@@ -170,14 +163,8 @@ struct Workbench {
   std::vector<float> dwell = std::vector<float>(kKeypoints, 0.5f);
   std::vector<unsigned> frames = std::vector<unsigned>(50);
   std::string drawing, points, text = std::string(1000, 'R');
-  ZRVScanSettings scan;  // a frame of kSamples
+  ZRVScanSettings scan{.ArrayCapacity = 3 * kSamples, .SampleRate = kSamples, .RefreshRate = 1};  // of kSamples
   unsigned sps = 0;
-
-  Workbench() {
-    scan.ArrayCapacity = 3 * kSamples;
-    scan.SampleRate = kSamples;
-    scan.RefreshRate = 1;
-  }
 
   float* const x = out.x.data();
   float* const y = out.y.data();
@@ -197,10 +184,7 @@ unsigned Compose(Workbench& w, const Settings& settings) {
 }
 
 unsigned ComposeDrawing(Workbench& w) {
-  ZRVImportSettings drawing;
-  drawing.FileName = w.drawing.c_str();
-  drawing.Frames = w.frames.data();
-  drawing.NumFrames = 1;
+  const ZRVImportSettings drawing{.FileName = w.drawing.c_str(), .Frames = w.frames.data(), .NumFrames = 1};
   unsigned samples = 0, frames = 0;
   w.g.GenerateImportFileData(w.x, w.y, w.m, nullptr, w.scan, drawing, samples, frames, w.sps);
   return samples;

@@ -73,16 +73,14 @@ class Soak {
 
   int Report() {
     const Memory after = MemoryNow();
-    uint64_t failures = 0;
+    unsigned long failures = 0;
     for (const auto& [error, count] : errors_) failures += count;
-    std::printf("calls                 %llu\n", Number(calls_));
-    std::printf("answers spoilt        %llu\n", Number(spoilt_));
-    std::printf("failed calls          %llu\n", Number(failures));
-    for (const auto& [error, count] : errors_) std::printf("  error %-2d            %llu\n", error, Number(count));
-    std::printf("followed by a good one %llu\n", Number(recovered_));
-    std::printf("wrong values unnoticed %llu\n", Number(unnoticed_));
-    std::printf("calls over their bound %llu\n", Number(overruns_));
-    std::printf("longest call          %.0f ms (%s, bound %u ms)\n", longestMs_, longest_, longestBoundMs_);
+    std::printf("calls                 %lu\nanswers spoilt        %lu\n", calls_, spoilt_);
+    std::printf("failed calls          %lu\n", failures);
+    for (const auto& [error, count] : errors_) std::printf("  error %-2d            %lu\n", error, count);
+    std::printf("followed by a good one %lu\nwrong values unnoticed %lu\n", recovered_, unnoticed_);
+    std::printf("calls over their bound %lu\n", overruns_);
+    std::printf("longest call          %.0f ms (%s, bound %u ms)\n", longestMs_, longest_->name, longest_->boundMs);
     std::printf("heap in use           %zu bytes after %u calls, %zu at the end\n", before_.heap, kWarmUpCalls,
                 after.heap);
     std::printf("resident              %zu KB, %zu KB\n", before_.resident / 1024, after.resident / 1024);
@@ -99,14 +97,12 @@ class Soak {
     std::this_thread::sleep_for(kPace);
   }
 
-  static unsigned long long Number(uint64_t value) { return value; }
-
   void SpoilAnswers(bool spoil) {
     terminal_.Access([&](Controller& c) {
       if (!spoil) return c.faults().Clear();
       c.faults().FailRandomAnswers(kFailing, seed_ + static_cast<uint32_t>(calls_));
     });
-    spoilt_ = terminal_.Access([](Controller& c) { return c.faults().randomFaults(); });
+    spoilt_ = terminal_.Access([](Controller& c) { return static_cast<unsigned long>(c.faults().randomFaults()); });
   }
 
   bool Make(const Call& call) {
@@ -115,7 +111,7 @@ class Soak {
     const ZRVError error = bench_.device.GetLastError();
     const double ms = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
     ++calls_;
-    if (ms > longestMs_) longestMs_ = ms, longest_ = call.name, longestBoundMs_ = call.boundMs;
+    if (ms > longestMs_) longestMs_ = ms, longest_ = &call;
     if (ms > call.boundMs + kSlackMs) {
       ++overruns_;
       std::printf("OVER: %s took %.0f ms\n", call.name, ms);
@@ -144,11 +140,10 @@ class Soak {
   zrv::sim::PseudoTerminal terminal_;
   Bench bench_;
   const std::vector<const Call*> chosen_ = ChosenCalls();
-  uint64_t calls_ = 0, recovered_ = 0, unnoticed_ = 0, overruns_ = 0, spoilt_ = 0;
-  std::map<int, uint64_t> errors_;
+  unsigned long calls_ = 0, recovered_ = 0, unnoticed_ = 0, overruns_ = 0, spoilt_ = 0;
+  std::map<int, unsigned long> errors_;
   double longestMs_ = 0;
-  const char* longest_ = "";
-  unsigned longestBoundMs_ = 0;
+  const Call* longest_ = nullptr;
   Memory before_{};
 };
 
