@@ -187,19 +187,16 @@ TEST_F(Composites, WaysOfClosing) {
   scan.SampleRate = 600;
   scan.Profile = ProfileLinear;
   scan.BlankSpeed = 1;
-  const struct {
-    ZRVClosing closing;
-    float endX, endY;
-    size_t dark;
-  } kCases[] = {{ClosingLeftOut, -0.5f, 0.5f, 6}, {ClosingBlank, -0.5f, 0.0f, 10}, {ClosingRetrace, -0.5f, 0.0f, 6}};
-  for (const auto& c : kCases) {
-    scan.Closing = c.closing;
+  const auto expect = [&](ZRVClosing closing, float endY, double dark) {
+    scan.Closing = closing;
     const Counts made = Import(pointFile.Path(), true)(to.x.data(), to.y.data(), to.m.data(), scan);
-    ASSERT_GE(made.samples, 28u) << c.closing;
-    EXPECT_EQ(std::pair(to.x[made.samples - 1], to.y[made.samples - 1]), std::pair(c.endX, c.endY)) << c.closing;
-    const auto dark = std::count(to.m.begin(), to.m.begin() + made.samples, 0);
-    EXPECT_NEAR(static_cast<double>(dark), static_cast<double>(c.dark), 1.0) << c.closing;
-  }
+    ASSERT_GE(made.samples, 28u) << closing;
+    EXPECT_EQ(std::pair(to.x[made.samples - 1], to.y[made.samples - 1]), std::pair(-0.5f, endY)) << closing;
+    EXPECT_NEAR(static_cast<double>(to.With(0, made.samples)), dark, 1.0) << closing;
+  };
+  expect(ClosingLeftOut, 0.5f, 6);
+  expect(ClosingBlank, 0, 10);
+  expect(ClosingRetrace, 0, 6);
 }
 
 TEST_F(Composites, DrawingsBringTheirColoursAndLeadOnDarkly) {
@@ -208,10 +205,15 @@ TEST_F(Composites, DrawingsBringTheirColoursAndLeadOnDarkly) {
   Points to(4000);
   ZRVImportSettings file;
   file.FileName = drawing.Path();
+  const auto generate = [&] {
+    Counts c;
+    g.GenerateImportFileData(to.x.data(), to.y.data(), to.m.data(), to.index.data(), scan, file, c.samples, c.frames,
+                             c.rate);
+    return c;
+  };
   for (const ZRVProfile profile : {ProfileLinear, ProfileTrapezoidal, ProfileOptimized}) {
     scan.Profile = profile;
-    unsigned int samples = 0, frames = 0, rate = 0;
-    g.GenerateImportFileData(to.x.data(), to.y.data(), to.m.data(), to.index.data(), scan, file, samples, frames, rate);
+    const auto [samples, frames, rate] = generate();
     ASSERT_EQ(frames, 2u) << profile;
     EXPECT_NEAR(samples, 2000, 4) << profile;
     std::array<unsigned int, 3> seen{};
@@ -231,46 +233,34 @@ TEST_F(Composites, DrawingsBringTheirColoursAndLeadOnDarkly) {
   file.NumFrames = 2;
   scan.Animation = AnimateRotate;
   scan.AnimationDuration = 0.1f;
-  unsigned int samples = 0, frames = 0, rate = 0;
-  g.GenerateImportFileData(to.x.data(), to.y.data(), to.m.data(), to.index.data(), scan, file, samples, frames, rate);
-  EXPECT_EQ(frames, 2u);
+  EXPECT_EQ(generate().frames, 2u);
   EXPECT_EQ(to.index[0], 0x00FF00u);
   file.FileName = nullptr;
   file.Format = ImportPoints;
   scan.Animation = AnimateNothing;
   g.LoadPointFile(pointFile.Path());
-  g.GenerateImportFileData(to.x.data(), to.y.data(), to.m.data(), to.index.data(), scan, file, samples, frames, rate);
-  EXPECT_EQ(std::tuple(samples, frames, rate), std::tuple(4u, 1u, 5000u));
+  EXPECT_EQ(generate(), (Counts{4, 1, 5000}));
   EXPECT_EQ(Head(to.index, 4), (std::vector<unsigned int>{0xFFFFFF, 0, 0xFFFFFF, 0xFFFFFF}));
 }
 
 TEST_F(Composites, RefuseWhatMakesNoScan) {
   Points to(3000);
-  const struct {
-    const char* name;
-    std::function<void(ZRVScanSettings&)> spoil;
-  } kCases[] = {
-      {"no samples a frame", [](auto& s) { s.RefreshRate = 30000; }},
-      {"not a number", [](auto& s) { s.RefreshRate = std::nanf(""); }},
-      {"an animation without end", [](auto& s) { s.Animation = AnimateRotate; s.AnimationDuration = 1e30f; }},
-      {"no such profile", [](auto& s) { s.Profile = static_cast<ZRVProfile>(3); }},
-      {"no such closing", [](auto& s) { s.Closing = static_cast<ZRVClosing>(3); }},
-      {"no such animation", [](auto& s) { s.Animation = static_cast<ZRVAnimation>(4); }},
-  };
-  for (const auto& c : kCases) {
+  const auto make = Made(&ZRVDataGenerator::GenerateTextData, text);
+  const auto expect = [&](const char* name, auto spoil) {
     ZRVScanSettings scan;
     scan.ArrayCapacity = 3000;
-    c.spoil(scan);
-    unsigned int samples = 77, frames = 77;
-    g.GenerateTextData(to.x.data(), to.y.data(), to.m.data(), scan, text, samples, frames);
-    EXPECT_EQ(std::pair(samples, frames), std::pair(0u, 0u)) << c.name;
-  }
-  ZRVScanSettings scan;
-  scan.ArrayCapacity = 3000;
-  unsigned int samples = 77, frames = 77;
-  g.GenerateTextData(to.x.data(), nullptr, to.m.data(), scan, text, samples, frames);
-  EXPECT_EQ(samples, 0u);
-  EXPECT_EQ(Import("none.txt")(nullptr, nullptr, nullptr, scan), (Counts{0, 0, 0}));
+    float* y = to.y.data();
+    spoil(scan, y);
+    EXPECT_EQ(make(to.x.data(), y, to.m.data(), scan), (Counts{0, 0})) << name;
+  };
+  expect("no samples a frame", [](auto& s, auto&) { s.RefreshRate = 30000; });
+  expect("not a number", [](auto& s, auto&) { s.RefreshRate = std::nanf(""); });
+  expect("endless animation", [](auto& s, auto&) { s.Animation = AnimateRotate, s.AnimationDuration = 1e30f; });
+  expect("no such profile", [](auto& s, auto&) { s.Profile = static_cast<ZRVProfile>(3); });
+  expect("no such closing", [](auto& s, auto&) { s.Closing = static_cast<ZRVClosing>(3); });
+  expect("no such animation", [](auto& s, auto&) { s.Animation = static_cast<ZRVAnimation>(4); });
+  expect("an array is missing", [](auto&, auto& y) { y = nullptr; });
+  EXPECT_EQ(Import("none.txt")(nullptr, nullptr, nullptr, {}), (Counts{0, 0, 0}));
   EXPECT_TRUE(to.UntouchedFrom(0));
 }
 
