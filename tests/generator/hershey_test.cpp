@@ -110,8 +110,7 @@ TEST(FontBuilder, ReadsGlyphsWrappedOrNot) {
     const auto glyphs = zrv::ReadJhf(text);
     ASSERT_TRUE(glyphs && glyphs->size() == 1);
     EXPECT_EQ((*glyphs)[0].number, 501);
-    EXPECT_EQ((*glyphs)[0].record,
-              (zrv::GlyphRecord{4, -8, 8, -2, -3, 1, 2, -3, 0, 0, 1, 1, 3, 4, 0}));
+    EXPECT_EQ((*glyphs)[0].record, (zrv::GlyphRecord{4, -8, 8, -2, -3, 1, 2, -3, 0, 0, 1, 1, 3, 4, 0}));
   }
   for (const char* bad : {"  501  6JZPOTO", "x", "12345  0", "  501 -1JZ"}) EXPECT_FALSE(zrv::ReadJhf(bad)) << bad;
 }

@@ -42,10 +42,7 @@ struct Burnt {
 // 3 lines of 4 pixels, the middle one blank; 10 samples a pixel at 40 kHz for lines of 1 ms.
 Job SmallJob(bool twoWay) {
   return {.raster = {10, 20, 30, 40, 1, 2, 3, 4, 50, 60, 70, 80},
-          .lastDark = {2, -1, 3},
-          .pixels = 4,
-          .twoWay = twoWay,
-          .maxSps = 40000};
+          .lastDark = {2, -1, 3}, .pixels = 4, .twoWay = twoWay, .maxSps = 40000};
 }
 
 TEST(LaserWriter, BurnsEachPixelInItsPlaceAndOnlyUpToTheLastDark) {

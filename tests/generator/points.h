@@ -56,8 +56,7 @@ struct Points {
     return std::count(m.begin(), m.begin() + static_cast<std::ptrdiff_t>(n), byte);
   }
 
-  void ExpectAt(size_t first, const std::vector<XY>& expected, const char* name = "",
-                double tolerance = 1e-6) const {
+  void ExpectAt(size_t first, const std::vector<XY>& expected, const char* name = "", double tolerance = 1e-6) const {
     ASSERT_LE(first + expected.size(), x.size()) << name;
     for (size_t i = 0; i < expected.size(); ++i) {
       EXPECT_NEAR(x[first + i], expected[i].x, tolerance) << name << " x at " << first + i;

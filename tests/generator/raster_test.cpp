@@ -166,8 +166,7 @@ struct Dwell {
   Points out{2000};
   unsigned count, sps;
 
-  Dwell(std::vector<float> times, float transition, unsigned rate, int minSps = 0, int maxSps = 100000)
-      : sps(rate) {
+  Dwell(std::vector<float> times, float transition, unsigned rate, int minSps = 0, int maxSps = 100000) : sps(rate) {
     const float x[] = {0.5f, -0.5f, 0.25f}, y[] = {0.1f, 0.2f, 0.3f};
     const unsigned char m[] = {11, 22, 33};
     Generator g;

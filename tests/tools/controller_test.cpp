@@ -90,7 +90,7 @@ TEST_F(WithSimulator, PlaysSoManyTimesAndStops) {
   Shown("stop ttyUSB0");
   simulator_.Signal(SIGTERM);
   EXPECT_EQ(simulator_.Finish(10).status, 0);
-  EXPECT_GT(CountPixels(Decoded(folder_.File("drawn.png")), IsMirrorInk), 100);
+  EXPECT_GT(CountPixels(LoadImage(folder_.File("drawn.png")), IsMirrorInk), 100);
 }
 
 TEST_F(WithSimulator, CtrlCStopsTheMirrorAndEndsWell) {
@@ -137,7 +137,7 @@ TEST_F(WithSimulator, ReadsItsInputsAndTracking) {
   const std::string plot = folder_.File("inputs.png");
   const std::string capture = Shown("analog ttyUSB0 --capture 500 --plot " + plot);
   EXPECT_EQ(std::count(capture.begin(), capture.end(), '\n'), 502);  // head, samples, note
-  EXPECT_GT(CountPixels(Decoded(plot), IsInk), 100);
+  EXPECT_GT(CountPixels(LoadImage(plot), IsInk), 100);
   const std::string track = Shown("track ttyUSB0 --seconds 0.2 --interval 3600000");  // does not wait for an hour
   EXPECT_EQ(track.rfind("time_s,x,y,status,flag\n", 0), 0u) << track;
 }
@@ -149,8 +149,8 @@ TEST(Demo, ShowsWhatWasSentAndDrawn) {
     ASSERT_EQ(demo.status, 0) << demo.output;
     EXPECT_NE(demo.output.find("Played to the end"), std::string::npos) << demo.output;
     EXPECT_NE(demo.output.find("zrv simulate"), std::string::npos) << demo.output;
-    const DecodedPicture sent = Decoded(folder.File("zrv-demo-sent.png"));
-    const DecodedPicture drawn = Decoded(folder.File("zrv-demo-drawn.png"));
+    const Image sent = LoadImage(folder.File("zrv-demo-sent.png"));
+    const Image drawn = LoadImage(folder.File("zrv-demo-drawn.png"));
     const long sentInk = CountPixels(sent, IsInk), drawnInk = CountPixels(drawn, IsMirrorInk);
     EXPECT_GT(sentInk, 5000);
     // The mirror follows: a line of about the same length.

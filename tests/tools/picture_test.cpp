@@ -32,7 +32,7 @@ TEST(ScanPicture, LitPartsAreInkWhereTheyBelong) {
   for (Theme theme : {Theme::Dark, Theme::Light}) {
     style.theme = theme;
     DrawScan(folder.File("a.png"), TwoLines(), style);
-    const DecodedPicture p = Decoded(folder.File("a.png"));
+    const Image p = LoadImage(folder.File("a.png"));
     // The field takes up 5.5 % to 94.5 % of the width; the line at y = 0.5 lies a quarter down.
     EXPECT_GT(CountPixels(p, IsInk, 0.14, 0.2, 0.84, 0.34), 600);
     EXPECT_EQ(CountPixels(p, IsInk, 0, 0, 1, 0.2), 0);
@@ -51,13 +51,13 @@ TEST(ScanPicture, ColoursAndBrightnessShow) {
   p.rgb.assign(p.size(), 0x20FF20);
   DrawScan(folder.File("c.png"), p, {});
   const auto isGreen = [](int r, int g, int b) { return g > 180 && r < 90 && b < 90; };
-  EXPECT_GT(CountPixels(Decoded(folder.File("c.png")), isGreen), 600);
+  EXPECT_GT(CountPixels(LoadImage(folder.File("c.png")), isGreen), 600);
 
   p.rgb.clear();
   p.levels = true;
   for (std::size_t i = 100; i < 150; ++i) p.m[i] = 40;
   DrawScan(folder.File("l.png"), p, {});
-  const DecodedPicture levels = Decoded(folder.File("l.png"));
+  const Image levels = LoadImage(folder.File("l.png"));
   const auto isBright = [](int, int g, int b) { return b > 200 && g > 150; };
   EXPECT_GT(CountPixels(levels, isBright, 0, 0, 1, 0.5), 200);
   EXPECT_EQ(CountPixels(levels, isBright, 0, 0.6, 1, 0.8), 0);
@@ -85,7 +85,7 @@ TEST(PlotPicture, ARampGoesFromLowerLeftToUpperRight) {
     ramp.series[0].y.push_back(i);
   }
   DrawPlots(folder.File("ramp.png"), {ramp}, "", 1);
-  const DecodedPicture p = Decoded(folder.File("ramp.png"));
+  const Image p = LoadImage(folder.File("ramp.png"));
   EXPECT_GT(CountPixels(p, IsInk, 0.1, 0.55, 0.5, 0.9), 50);
   EXPECT_GT(CountPixels(p, IsInk, 0.6, 0.1, 1, 0.5), 50);
   EXPECT_EQ(CountPixels(p, IsInk, 0.1, 0.1, 0.45, 0.45), 0);
@@ -107,19 +107,19 @@ std::string JpegOf(int width, int height, unsigned char grey) {
 TEST(ImageFile, PngAndJpegAreRead) {
   const Folder folder;
   WriteText(folder.File("a.jpg"), JpegOf(20, 10, 77));
-  const DecodedPicture jpeg = Decoded(folder.File("a.jpg"));
+  const Image jpeg = LoadImage(folder.File("a.jpg"));
   EXPECT_EQ(jpeg.width, 20);
   EXPECT_EQ(jpeg.height, 10);
-  EXPECT_NEAR(jpeg.Blue(0, 0), 77, 2);
+  EXPECT_NEAR(PixelAt(jpeg, 0, 0)[0], 77, 2);
 
   Canvas canvas(folder.File("a.png"), 30, 20);
   canvas.Fill({0, 0, 30, 20}, Rgb(0x102030));
   canvas.Fill({0, 0, 15, 20}, Rgb(0xF0A050));
   canvas.Save();
-  const DecodedPicture png = Decoded(folder.File("a.png"));
+  const Image png = LoadImage(folder.File("a.png"));
   EXPECT_EQ(png.width, 30);
-  EXPECT_EQ(png.Red(3, 3), 0xF0);
-  EXPECT_EQ(png.Blue(25, 15), 0x30);
+  EXPECT_EQ(PixelAt(png, 3, 3)[2], 0xF0);
+  EXPECT_EQ(PixelAt(png, 25, 15)[0], 0x30);
 }
 
 TEST(ImageFile, DamagedFilesAreRefusedOrReadNeverWorse) {
