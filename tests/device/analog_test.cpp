@@ -20,21 +20,16 @@ class Analog : public Scripted {
 };
 
 TEST_F(Analog, SingleReadings) {
-  const struct {
-    unsigned channel;
-    Bytes answer;
-    float volts;
-  } kCases[] = {{0, LE16(65535), 32767.0f / 3277},
-                {1, LE16(0), -32768.0f / 3277},
-                {7, LE16(36045), 1},
-                {0, {}, kFillerVolts},
-                {0, {0}, (0xDC00 - 32768.0f) / 3277}};
-  for (const auto& c : kCases) {
-    const uint8_t code = c.channel == 0 ? 0xA0 : 0xA1;
-    port->Answer(code, kAck + c.answer);
-    EXPECT_EQ(Sent([&] { EXPECT_EQ(device.GetAnalogInputValue(c.channel), c.volts); }),
-              "B5 B0 2B " + ToHex({{code}}) + " 06 0A");
-    EXPECT_EQ(device.GetLastError(), ErrorNone);
+  const std::tuple<unsigned, uint8_t, Bytes, float> kCases[] = {{0, 0xA0, LE16(65535), 32767.0f / 3277},
+                                                                {1, 0xA1, LE16(0), -32768.0f / 3277},
+                                                                {7, 0xA1, LE16(36045), 1},
+                                                                {0, 0xA0, {0}, (0xDC00 - 32768.0f) / 3277}};
+  for (const auto& [channel, code, answer, volts] : kCases) {
+    port->Answer(code, kAck + answer);
+    float value = 0;
+    const std::string sent = Sent([&, c = channel] { value = device.GetAnalogInputValue(c); });
+    EXPECT_EQ(sent, "B5 B0 2B " + ToHex({{code}}) + " 06 0A");
+    EXPECT_EQ(std::tuple(value, device.GetLastError()), std::tuple(volts, ErrorNone));
   }
   port->Answer(0xA6, kAck + LE16(65534));
   EXPECT_EQ(Sent([&] { EXPECT_EQ(device.GetPhotoDetectorValue(), 2.0f); }), "B5 B0 2B A6 06 0A");

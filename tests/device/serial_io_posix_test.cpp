@@ -61,11 +61,6 @@ TEST_F(SerialLine, SignalsAreNoErrors) {
   setitimer(ITIMER_REAL, &never, nullptr);
 }
 
-TEST(ClosedSerialIO, ADeviceThatIsNoTerminalDoesNotOpen) {
-  EXPECT_EQ(ZRVSerialIO().Open("/dev/null", 9600, 0, 0), 2);
-  EXPECT_FALSE(ZRVSerialIO::Probe("/dev/null"));
-}
-
 TEST(Ports, AreListedByKindThenNumber) {
   const auto directory = std::filesystem::temp_directory_path() / ("zrv-ports-" + std::to_string(getpid()));
   std::filesystem::create_directories(directory);

@@ -14,7 +14,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <new>
 #include <string>
@@ -25,6 +24,7 @@
 #include "ZRVDevice.h"
 #include "common/files.h"
 #include "simulator/pseudo_terminal.h"
+#include "tests/reliability/heap.h"
 
 namespace {
 
@@ -49,23 +49,13 @@ void operator delete(void* memory, size_t) noexcept { operator delete(memory); }
 
 namespace {
 
+using namespace zrv::reliability;
 using std::filesystem::path;
 
 constexpr unsigned kSamples = 50000;
 constexpr unsigned kKeypoints = 5000;
 constexpr unsigned kBlock = 25000;
 constexpr int kWarmUpRounds = 3;
-
-size_t Heap() {
-  const auto heap = mallinfo2();
-  return heap.uordblks + heap.hblkhd;
-}
-
-size_t ResidentKB() {
-  size_t pages = 0, resident = 0;
-  std::ifstream("/proc/self/statm") >> pages >> resident;
-  return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE)) / 1024;
-}
 
 // How far the heap rose during a call, and what is still taken afterwards; bytes.
 struct Use {
@@ -144,9 +134,9 @@ bool MeasureDevice(int rounds) {
 
   const auto round = [&] { PlayOnce(*std::make_unique<ZRVDevice>(), port, a); };
   for (int i = 0; i < kWarmUpRounds; ++i) round();
-  const size_t resident = ResidentKB(), heap = Heap();
+  const size_t resident = ResidentKB(), heap = HeapBytes();
   for (int i = 0; i < rounds; ++i) round();
-  const size_t residentAfter = ResidentKB(), heapAfter = Heap();
+  const size_t residentAfter = ResidentKB(), heapAfter = HeapBytes();
   std::printf("  %d rounds: heap %zu bytes before, %zu after; resident %zu KB, %zu KB\n", rounds, heap, heapAfter,
               resident, residentAfter);
   return heap == heapAfter && again.kept == 0;

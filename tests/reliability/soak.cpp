@@ -2,14 +2,10 @@
 // answer in a hundred. Every failed call must be followed by one that works, and none may take longer than it says.
 //
 //   soak [seconds] [seed]
-#include <malloc.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <map>
 #include <random>
 #include <string_view>
@@ -17,6 +13,7 @@
 
 #include "simulator/pseudo_terminal.h"
 #include "tests/reliability/calls.h"
+#include "tests/reliability/heap.h"
 
 namespace {
 
@@ -34,18 +31,6 @@ constexpr std::string_view kChosen[] = {
     "GoToDevicePosition, at once", "ResetDevicePosition", "GetAnalogInputValue", "GetPhotoDetectorValue",
     "GetAnalogInputBuffer", "IsTrackingSupported", "GetTrackParams", "SetTrackParams", "GetTrackStatus",
     "GetTrackIntegrals"};
-
-struct Memory {
-  size_t heap;      // bytes in use
-  size_t resident;  // bytes
-};
-
-Memory MemoryNow() {
-  size_t pages = 0, residentPages = 0;
-  std::ifstream("/proc/self/statm") >> pages >> residentPages;
-  const auto heap = mallinfo2();
-  return {heap.uordblks + heap.hblkhd, residentPages * static_cast<size_t>(sysconf(_SC_PAGESIZE))};
-}
 
 std::vector<const Call*> ChosenCalls() {
   std::vector<const Call*> chosen;
@@ -65,14 +50,15 @@ class Soak {
 
   void Run(std::chrono::seconds duration) {
     while (calls_ < kWarmUpCalls) MakeOne();
-    before_ = MemoryNow();
+    heap_ = HeapBytes();
+    residentKB_ = ResidentKB();
     SpoilAnswers(true);
     for (const auto end = Clock::now() + duration; Clock::now() < end;) MakeOne();
     SpoilAnswers(false);
   }
 
   int Report() {
-    const Memory after = MemoryNow();
+    const size_t heap = HeapBytes();
     unsigned long failures = 0;
     for (const auto& [error, count] : errors_) failures += count;
     std::printf("calls                 %lu\nanswers spoilt        %lu\n", calls_, spoilt_);
@@ -81,10 +67,9 @@ class Soak {
     std::printf("followed by a good one %lu\nwrong values unnoticed %lu\n", recovered_, unnoticed_);
     std::printf("calls over their bound %lu\n", overruns_);
     std::printf("longest call          %.0f ms (%s, bound %u ms)\n", longestMs_, longest_->name, longest_->boundMs);
-    std::printf("heap in use           %zu bytes after %u calls, %zu at the end\n", before_.heap, kWarmUpCalls,
-                after.heap);
-    std::printf("resident              %zu KB, %zu KB\n", before_.resident / 1024, after.resident / 1024);
-    const bool grown = after.heap > before_.heap + kHeapNoise;
+    std::printf("heap in use           %zu bytes after %u calls, %zu at the end\n", heap_, kWarmUpCalls, heap);
+    std::printf("resident              %zu KB, %zu KB\n", residentKB_, ResidentKB());
+    const bool grown = heap > heap_ + kHeapNoise;
     return recovered_ == failures && overruns_ == 0 && spoilt_ > 0 && !grown ? 0 : 1;
   }
 
@@ -144,7 +129,7 @@ class Soak {
   std::map<int, unsigned long> errors_;
   double longestMs_ = 0;
   const Call* longest_ = nullptr;
-  Memory before_{};
+  size_t heap_ = 0, residentKB_ = 0;  // warm
 };
 
 }  // namespace

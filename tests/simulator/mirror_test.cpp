@@ -22,7 +22,6 @@ MirrorModel Model(double rate, double filterHz = 0, MirrorOptions options = {}) 
 }
 
 // Of second order, a step rings at w * sqrt(1 - 1/4Q^2) and dies as exp(-w t / 2Q).
-// Of second order, a step rings at w * sqrt(1 - 1/4Q^2) and dies as exp(-w t / 2Q).
 TEST(MirrorTest, StepsComeOutAsTheAnalyticResponse) {
   constexpr double kRate = 50000;
   const struct {

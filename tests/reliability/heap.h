@@ -1,0 +1,25 @@
+// What this process takes of the memory.
+#ifndef ZRV_TESTS_RELIABILITY_HEAP_H
+#define ZRV_TESTS_RELIABILITY_HEAP_H
+
+#include <malloc.h>
+#include <unistd.h>
+
+#include <fstream>
+
+namespace zrv::reliability {
+
+inline size_t HeapBytes() {
+  const auto heap = mallinfo2();
+  return heap.uordblks + heap.hblkhd;
+}
+
+inline size_t ResidentKB() {
+  size_t pages = 0, resident = 0;
+  std::ifstream("/proc/self/statm") >> pages >> resident;
+  return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE)) / 1024;
+}
+
+}  // namespace zrv::reliability
+
+#endif
