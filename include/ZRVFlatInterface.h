@@ -127,8 +127,8 @@ ZRV_API float ZRVGetDeviceParam(ZRVDevice* device, ZRVParam param);
 ZRV_API float ZRVGetDeviceParamAxis(ZRVDevice* device, ZRVParam param, int axis);
 
 /* Sets one parameter; nothing is sent when it has that value already, but for the output offsets and the data
- * mode, which are sent always. value2 is Y of ParamOutputOffsets, else unused. NaN, and a code that no unsigned
- * integer holds: ErrorInvalidValue. */
+ * mode, which are sent always, and one whose last setting failed. value2 is Y of ParamOutputOffsets, else unused.
+ * NaN, and a code that no unsigned integer holds: ErrorInvalidValue. */
 ZRV_API void ZRVSetDeviceParam(ZRVDevice* device, ZRVParam param, float value1, float value2);
 
 /* Ask the controller for its state word, or its output offsets, and keep them in the device's record. */
