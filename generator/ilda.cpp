@@ -23,14 +23,7 @@ struct View {
   static float Usable(float angle) { return std::isfinite(angle) ? angle : 0.0f; }
 };
 
-struct Keypoints {
-  float* x;
-  float* y;
-  unsigned char* m;
-  unsigned int* rgb;  // or null
-
-  Keypoints From(size_t i) const { return {x + i, y + i, m + i, rgb != nullptr ? rgb + i : nullptr}; }
-};
+using Keypoints = zrv::PointArrays;
 
 // The sine of angleY goes with Y, so that at 0 the height is Z: one would expect Y. Kept on purpose; flat
 // drawings are shown with angleY = pi / 2.

@@ -88,8 +88,7 @@ void ScanAssembly::Prepare(const PointArrays& path, Frame& frame, size_t keypoin
 
   // Cleaning closes a path by a dark way back.
   unsigned int n = generator_.OptimizeKeypoints(to.x, to.y, to.m, to.rgb, frame.size, scan_.KeypointBudget);
-  const bool darkReturn = n > 1 && to.m[n - 2] == 0 && to.SamePlace(n - 1, 0);
-  if (scan_.Closing != ClosingBlank && darkReturn) --n;
+  if (scan_.Closing != ClosingBlank && to.ReturnsDarkly(n)) --n;
   if (scan_.Closing != ClosingLeftOut) {
     n = generator_.CloseCurve(to.x, to.y, to.m, to.rgb, n, 1, scan_.Closing == ClosingRetrace);
   }
@@ -101,8 +100,7 @@ void ScanAssembly::Prepare(const PointArrays& path, Frame& frame, size_t keypoin
 void ScanAssembly::LeadOn(const PointArrays& paths, Frame& frame, const Frame& next) const {
   const PointArrays path = paths.From(frame.first), start = paths.From(next.first);
   size_t end = frame.size - 1;
-  const bool darkReturn = end > 0 && path.m[end - 1] == 0 && path.SamePlace(end, 0);
-  if (!darkReturn) {
+  if (!path.ReturnsDarkly(frame.size)) {
     path.m[end] = 0;
     end = frame.size++;
   }

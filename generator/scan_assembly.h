@@ -22,7 +22,10 @@ struct PointArrays {
   unsigned int* rgb;  // or null
 
   PointArrays From(size_t i) const { return {x + i, y + i, m + i, rgb != nullptr ? rgb + i : nullptr}; }
-  bool SamePlace(size_t i, size_t j) const { return x[i] == x[j] && y[i] == y[j]; }
+  // Whether the last of count keypoints is the way back to the first one, with the beam off.
+  bool ReturnsDarkly(size_t count) const {
+    return count > 1 && m[count - 2] == 0 && x[count - 1] == x[0] && y[count - 1] == y[0];
+  }
   void Fill(size_t count, const PointArrays& from) const;
 };
 
