@@ -29,7 +29,7 @@ struct Block {
                                           zrv::MakeGammaCurve(0.5f)};
 };
 
-void Pack(benchmark::State& state, zrv::PackPath path) {
+void BM_Pack(benchmark::State& state) {
   const Block block;
   const auto format = static_cast<uint32_t>(state.range(0));
   std::vector<uint8_t> out(kSamples * zrv::protocol::BytesPerSample(format));
@@ -43,17 +43,13 @@ void Pack(benchmark::State& state, zrv::PackPath path) {
   source.start = kSamples / 3;
   source.delay = 40;
   for (auto _ : state) {
-    zrv::PackSamples(format, source, out.data(), path);
+    zrv::PackSamples(format, source, out.data());
     benchmark::ClobberMemory();
   }
   state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * kSamples));
 }
 
-void BM_Pack(benchmark::State& state) { Pack(state, zrv::FastestPackPath()); }
 BENCHMARK(BM_Pack)->DenseRange(0, 4);
-
-void BM_PackPortable(benchmark::State& state) { Pack(state, zrv::PackPath::portable); }
-BENCHMARK(BM_PackPortable)->DenseRange(0, 4);
 
 void BM_Copy(benchmark::State& state) {
   const size_t bytes = kSamples * zrv::protocol::BytesPerSample(static_cast<uint32_t>(state.range(0)));
@@ -73,11 +69,6 @@ const zrv::bench::Aim kAims[] = {
     {"packing 25000 samples, format 2, to memcpy", "BM_Pack/2", "BM_Copy/2", 8},
     {"packing 25000 samples, format 3, to memcpy", "BM_Pack/3", "BM_Copy/3", 8},
     {"packing 25000 samples, format 4, to memcpy", "BM_Pack/4", "BM_Copy/4", 8},
-    {"portable packing, format 0, to memcpy", "BM_PackPortable/0", "BM_Copy/0", 3},
-    {"portable packing, format 1, to memcpy", "BM_PackPortable/1", "BM_Copy/1", 8},
-    {"portable packing, format 2, to memcpy", "BM_PackPortable/2", "BM_Copy/2", 8},
-    {"portable packing, format 3, to memcpy", "BM_PackPortable/3", "BM_Copy/3", 8},
-    {"portable packing, format 4, to memcpy", "BM_PackPortable/4", "BM_Copy/4", 8},
 };
 
 }  // namespace

@@ -3,10 +3,8 @@
 #include <array>
 #include <cstring>
 
-#include "ZRVDevice.h"
-#include "common/bytes.h"
-#include "device/command_buffer.h"
 #include "device/protocol.h"
+#include "device/state.h"
 
 using namespace zrv;
 using namespace zrv::protocol;
@@ -17,10 +15,9 @@ constexpr float kNoValue = -1e9f;
 constexpr unsigned int kMaxStreamPairs = 125000;
 constexpr unsigned int kMaxSensorSamples = 100000;
 constexpr unsigned int kStreamGraceMs = 1000;
-// A capture is read in pieces that a link of 921600 baud brings well within the read time-out, so that none
-// is too long to arrive.
-constexpr unsigned int kCapturePieceSamples = 20000;
-static_assert(kCapturePieceSamples * kCaptureRecordBytes <= kReceiveBufferBytes);
+constexpr unsigned int kFillerCount = 0xDCDC;  // a count whose bytes did not arrive
+// A capture that the receive buffer does not hold is read in pieces.
+constexpr unsigned int kCapturePieceSamples = kReceiveBufferBytes / kCaptureRecordBytes;
 static_assert(kMaxStreamPairs * kStreamRecordBytes <= kReceiveBufferBytes);
 static_assert(kMaxSensorSamples * 2 <= kReceiveBufferBytes);
 
@@ -48,77 +45,96 @@ unsigned int StreamTimeoutMs(unsigned int numSamples, unsigned int msPerRate, un
   return (sampleRate != 0 ? numSamples * msPerRate / sampleRate : 0) + kStreamGraceMs;
 }
 
+// A lost answer leaves the error as the command left it, and reads as what stands in the payload area. Kept on purpose:
+// an answer that arrives after a failed acknowledgement counts, one that does not is the command's failure.
+uint32_t ReadCount(Link& link, uint8_t code) {
+  link.Command(code);
+  const auto answer = link.Area(kAnalogAnswerBytes);
+  if (link.Read(answer)) link.error = ErrorNone;
+  return LittleEndianReader(answer).U16();
+}
+
+// Looks for the mark that starts a block, a byte at a time. The last attempt fails even when its byte completes
+// the mark: the mark must be found before the attempts are used up.
+bool FindOrBEX1Mark(Link& link, unsigned int attempts) {
+  std::array<uint8_t, kOrBEX1Mark.size()> last{};
+  for (unsigned int attempt = 1; attempt <= attempts; ++attempt) {
+    uint8_t byte = 0;
+    if (!link.Read({&byte, 1}) || attempt == attempts) return false;
+    std::shift_left(last.begin(), last.end(), 1);
+    last.back() = byte;
+    if (last == kOrBEX1Mark) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 // --- Single readings ---------------------------------------------------------------------------------
 
-// A lost answer reads as filler and leaves the error as the command left it. Kept on purpose: an answer that
-// arrives after a failed acknowledgement counts, one that does not is the command's failure.
-unsigned int ZRVDevice::ReadCount(unsigned char code) {
-  std::array<uint8_t, kAnalogAnswerBytes> answer{};
-  Command(code);
-  if (ReadBytes(answer.data(), kAnalogAnswerBytes, Shared().readTimeoutMs)) lastError_ = ErrorNone;
-  return LittleEndianReader(answer).U16();
-}
-
 float ZRVDevice::GetAnalogInputValue(unsigned int channel) {
-  lastError_ = ErrorNone;
-  if (!Connected()) return kNoValue;
-  return Volts(ReadCount(channel == 0 ? kCmdGetAnalogInput0 : kCmdGetAnalogInput1));
+  Link& link = state_->link;
+  link.error = ErrorNone;
+  if (!link.Connected()) return kNoValue;
+  return Volts(ReadCount(link, channel == 0 ? kCmdGetAnalogInput0 : kCmdGetAnalogInput1));
 }
 
 float ZRVDevice::GetPhotoDetectorValue() {
-  lastError_ = ErrorNone;
-  if (!Connected()) return kNoValue;
-  return Detector(ReadCount(kCmdGetPhotoDetector));
+  Link& link = state_->link;
+  link.error = ErrorNone;
+  if (!link.Connected()) return kNoValue;
+  return Detector(ReadCount(link, kCmdGetPhotoDetector));
 }
 
 // --- Captures ----------------------------------------------------------------------------------------
 
 void ZRVDevice::SetAnalogInputBufferLength(unsigned int numSamples) {
-  NewCommand(kCmdSetCaptureLength).U24(numSamples);
-  SendSerialCommand(true);
+  state_->link.NewCommand(kCmdSetCaptureLength).U24(numSamples);
+  state_->link.SendSerialCommand(true);
 }
 
 void ZRVDevice::GetAnalogInputBuffer(float* ai0, float* ai1, unsigned int numSamples) {
-  lastError_ = ErrorNone;
-  if (!Connected()) {
+  Link& link = state_->link;
+  link.error = ErrorNone;
+  if (!link.Connected()) {
     Fill(ai0, 0, numSamples, kNoValue);
     Fill(ai1, 0, numSamples, kNoValue);
     return;
   }
   SetAnalogInputBufferLength(numSamples);
-  Command(kCmdGetCapture);
+  link.Command(kCmdGetCapture);
   unsigned int done = 0;
   for (bool sending = true; sending && done < numSamples;) {
     const unsigned int count = std::min(numSamples - done, kCapturePieceSamples);
-    const auto piece = std::span(Shared().received).first(count * kCaptureRecordBytes);
-    sending = ReadBytes(piece.data(), static_cast<unsigned int>(piece.size()), Shared().readTimeoutMs);
+    const auto piece = link.received().first(count * kCaptureRecordBytes);
+    sending = link.Read(piece);
     Extract(piece, kCaptureRecordBytes, 0, Volts, ai0 != nullptr ? ai0 + done : nullptr);
     Extract(piece, kCaptureRecordBytes, 2, Volts, ai1 != nullptr ? ai1 + done : nullptr);
     done += count;
   }
   // A controller that has stopped sending is not waited for again.
-  Fill(ai0, done, numSamples, Volts(kFiller << 8 | kFiller));
-  Fill(ai1, done, numSamples, Volts(kFiller << 8 | kFiller));
+  Fill(ai0, done, numSamples, Volts(kFillerCount));
+  Fill(ai1, done, numSamples, Volts(kFillerCount));
 }
 
 // --- Streams -----------------------------------------------------------------------------------------
 
 unsigned int ZRVDevice::GetAnalogInputStream(float* ai0, float* ai1, unsigned int numSamples) {
-  lastError_ = ErrorNone;
-  if (!Connected()) return 0;
-  const auto buffer = std::span(Shared().received);
+  Link& link = state_->link;
+  link.error = ErrorNone;
+  if (!link.Connected()) return 0;
+  const ZRVDeviceParams& params = state_->params;
+  const auto buffer = link.received();
   unsigned int wanted = kClearReadBytes;
-  unsigned int timeoutMs = Shared().readTimeoutMs;
+  unsigned int timeoutMs = link.readTimeoutMs;
   if (numSamples > 0) {
     numSamples = std::min(numSamples, kMaxStreamPairs);
     wanted = numSamples * static_cast<unsigned int>(kStreamRecordBytes);
-    timeoutMs = StreamTimeoutMs(numSamples, 1000, params_->SampleRate);
+    timeoutMs = StreamTimeoutMs(numSamples, 1000, params.SampleRate);
   }
   unsigned int received = 0;
   const int mode = numSamples > 0 ? ZRVSerialIO::kWaitForAll : ZRVSerialIO::kReturnAtOnce;
-  port_->Read(buffer.data(), wanted, &received, timeoutMs, mode);
+  link.port->Read(buffer.data(), wanted, &received, timeoutMs, mode);
 
   const auto pairs = static_cast<unsigned int>(std::min(received, wanted) / kStreamRecordBytes);
   const auto records = buffer.first(pairs * kStreamRecordBytes);
@@ -126,7 +142,7 @@ unsigned int ZRVDevice::GetAnalogInputStream(float* ai0, float* ai1, unsigned in
     Extract(records, kStreamRecordBytes, 0, first, ai0);
     Extract(records, kStreamRecordBytes, 2, second, ai1);
   };
-  switch (params_->DataMode) {
+  switch (params.DataMode) {
     case DataModeAnalogVolts: deliver(Volts, Volts); break;
     case DataModeAnalogVoltsRaw: deliver(Volts, Raw); break;
     case DataModeAnalogNormalized: deliver(Normalised, Normalised); break;
@@ -135,32 +151,20 @@ unsigned int ZRVDevice::GetAnalogInputStream(float* ai0, float* ai1, unsigned in
   return pairs;
 }
 
-// Looks for the mark that starts a block, a byte at a time. The last attempt fails even when its byte completes
-// the mark: the mark must be found before the attempts are used up.
-bool ZRVDevice::FindOrBEX1Mark(unsigned int attempts) {
-  std::array<uint8_t, kOrBEX1Mark.size()> last{};
-  for (unsigned int attempt = 1; attempt <= attempts; ++attempt) {
-    uint8_t byte = 0;
-    if (!ReadBytes(&byte, 1, Shared().readTimeoutMs) || attempt == attempts) return false;
-    std::shift_left(last.begin(), last.end(), 1);
-    last.back() = byte;
-    if (last == kOrBEX1Mark) return true;
-  }
-  return false;
-}
-
 unsigned int ZRVDevice::GetOrBEX1Stream(float* data, float gain, unsigned int numSamples) {
-  lastError_ = ErrorNone;
-  if (!Connected() || params_->DataMode != DataModeOrBEX1) return 0;
+  Link& link = state_->link;
+  const ZRVDeviceParams& params = state_->params;
+  link.error = ErrorNone;
+  if (!link.Connected() || params.DataMode != DataModeOrBEX1) return 0;
   numSamples = std::min(numSamples, kMaxSensorSamples);
-  if (!FindOrBEX1Mark(3 * numSamples)) return 0;
-  const auto counts = std::span(Shared().received).first(2 * numSamples);
+  if (!FindOrBEX1Mark(link, 3 * numSamples)) return 0;
+  const auto counts = link.received().first(2 * numSamples);
   unsigned int received = 0;
-  const unsigned int timeoutMs = StreamTimeoutMs(numSamples, 2000, params_->SampleRate);
-  const int status = port_->Read(counts.data(), 2 * numSamples, &received, timeoutMs, ZRVSerialIO::kWaitForAll);
+  const unsigned int timeoutMs = StreamTimeoutMs(numSamples, 2000, params.SampleRate);
+  const int status = link.port->Read(counts.data(), 2 * numSamples, &received, timeoutMs, ZRVSerialIO::kWaitForAll);
   if (status != ZRVSerialIO::kOk || received != 2 * numSamples) return 0;
 
-  const bool digital = std::strstr(params_->FirmwareName, "ORBEX1D") != nullptr;
+  const bool digital = std::strstr(params.FirmwareName, "ORBEX1D") != nullptr;
   const float scale = digital ? 10.0f : gain * 3.3f / 2.048f / 65535.0f;
   Extract(counts, 2, 0, Raw, data);
   if (data != nullptr) std::transform(data, data + numSamples, data, [=](float count) { return count * scale; });

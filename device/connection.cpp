@@ -5,10 +5,8 @@
 #include <cstring>
 #include <utility>
 
-#include "ZRVDevice.h"
-#include "device/command_buffer.h"
 #include "device/protocol.h"
-#include "device/serial/ports.h"
+#include "device/state.h"
 
 using namespace zrv;
 using namespace zrv::protocol;
@@ -23,8 +21,6 @@ constexpr unsigned int kDiscoveryReadTimeoutMs = 200;
 constexpr milliseconds kPauseBeforeOpen{50};
 constexpr milliseconds kPauseBeforeRetry{100};
 constexpr int kCheckAttempts = 2;
-constexpr size_t kColours = 100000;
-constexpr unsigned int kWhite = 0xFFFFFF;
 
 ZRVDeviceParams DefaultParams() {
   ZRVDeviceParams params;
@@ -61,12 +57,14 @@ ZRVTrackParams DefaultTrackParams() {
 // Sets the read time-out for as long as it lives.
 class ReadTimeoutScope {
  public:
-  explicit ReadTimeoutScope(unsigned int timeoutMs) : saved_(std::exchange(Shared().readTimeoutMs, timeoutMs)) {}
-  ~ReadTimeoutScope() { Shared().readTimeoutMs = saved_; }
+  ReadTimeoutScope(Link& link, unsigned int timeoutMs)
+      : link_(link), saved_(std::exchange(link.readTimeoutMs, timeoutMs)) {}
+  ~ReadTimeoutScope() { link_.readTimeoutMs = saved_; }
   ReadTimeoutScope(const ReadTimeoutScope&) = delete;
   ReadTimeoutScope& operator=(const ReadTimeoutScope&) = delete;
 
  private:
+  Link& link_;
   unsigned int saved_;
 };
 
@@ -94,11 +92,10 @@ void AddDevice(ZRVAvailableDevices& list, const SerialPortEntry& port, const ZRV
 
 }  // namespace
 
-ZRVDevice::ZRVDevice()
-    : params_(std::make_unique<ZRVDeviceParams>(DefaultParams())),
-      track_(std::make_unique<ZRVTrackParams>(DefaultTrackParams())),
-      colours_(kColours, kWhite) {
-  Shared().readTimeoutMs = kDefaultReadTimeoutMs;
+ZRVDevice::ZRVDevice() : state_(std::make_unique<DeviceState>()) {
+  state_->params = DefaultParams();
+  state_->track = DefaultTrackParams();
+  state_->colours.assign(kColourTableEntries, kWhite);
   SetRGBGammas(1.0f, 1.0f, 1.0f);
 }
 
@@ -106,31 +103,26 @@ ZRVDevice::~ZRVDevice() { DisconnectDevice(); }
 
 void ZRVDevice::DeleteDevice() {
   DisconnectDevice();
-  *params_ = DefaultParams();
+  state_->params = DefaultParams();
 }
 
-void ZRVDevice::DisconnectDevice() {
-  lastError_ = ErrorNone;
-  if (!Connected()) return;
-  if (port_->Close() != ZRVSerialIO::kOk) lastError_ = ErrorSerialComm;
-  port_.reset();
-}
+void ZRVDevice::DisconnectDevice() { state_->link.Close(); }
 
 // --- Discovery ---------------------------------------------------------------------------------------
 
 void ZRVDevice::GetAvailableDevices(ZRVAvailableDevices* list) {
   if (list == nullptr) {
-    lastError_ = ErrorNotConnected;
+    state_->link.error = ErrorNotConnected;
     return;
   }
   list->NumDevices = 0;
   DisconnectDevice();
-  for (const SerialPortEntry& port : ListSerialPorts()) {
+  for (const SerialPortEntry& port : state_->link.machine.listPorts()) {
     ZRVDeviceParams params;
-    if (list->NumDevices < ZRVMaxDevices && ProbePort(port.path, params)) AddDevice(*list, port, params);
+    if (list->NumDevices < ZRVMaxDevices && ProbePort(port.path.c_str(), params)) AddDevice(*list, port, params);
     DisconnectDevice();
   }
-  lastError_ = ErrorNone;
+  state_->link.error = ErrorNone;
 }
 
 ZRVAvailableDevices* ZRVDevice::GetAvailableDevices() {
@@ -140,20 +132,21 @@ ZRVAvailableDevices* ZRVDevice::GetAvailableDevices() {
 }
 
 // Whether a controller answers at this path. Leaves the port to the caller to disconnect.
-bool ZRVDevice::ProbePort(const std::string& path, ZRVDeviceParams& params) {
-  port_ = std::make_unique<ZRVSerialIO>();
-  if (port_->Open(path.c_str(), kConnectBaudRate, kClearReadBytes, kClearReadBytes) != ZRVSerialIO::kOk) return false;
+bool ZRVDevice::ProbePort(const char* path, ZRVDeviceParams& params) {
+  Link& link = state_->link;
+  link.port = link.machine.makePort();
+  if (link.port->Open(path, kConnectBaudRate, kClearReadBytes, kClearReadBytes) != ZRVSerialIO::kOk) return false;
   const uint8_t newline = kCmdProbe;
-  if (port_->Write(&newline, 1, nullptr, kProbeWriteTimeoutMs) != ZRVSerialIO::kOk) return false;
-  const ReadTimeoutScope shortTimeout(kDiscoveryReadTimeoutMs);
-  port_->SetBaudRate(kDiscoveryBaudRate);
+  if (link.port->Write(&newline, 1, nullptr, kProbeWriteTimeoutMs) != ZRVSerialIO::kOk) return false;
+  const ReadTimeoutScope shortTimeout(link, kDiscoveryReadTimeoutMs);
+  link.port->SetBaudRate(kDiscoveryBaudRate);
   CheckConnectDevice(&params);
   return params.ParamsValid != 0;
 }
 
 void ZRVDevice::ListAvailableDevices(ZRVAvailableDevices* list) {
   if (list == nullptr) {
-    lastError_ = ErrorNotConnected;
+    state_->link.error = ErrorNotConnected;
     return;
   }
   std::printf("\n");
@@ -170,46 +163,49 @@ void ZRVDevice::ConnectDevice() {
   ZRVAvailableDevices list;
   GetAvailableDevices(&list);
   if (list.NumDevices == 0) {
-    lastError_ = ErrorNoDeviceFound;
+    state_->link.error = ErrorNoDeviceFound;
     return;
   }
   ConnectDevice(list.CommPortName[0]);
 }
 
 void ZRVDevice::ConnectDevice(const char* portName) {
-  lastError_ = ErrorNone;
+  Link& link = state_->link;
+  const Machine& machine = link.machine;
+  link.error = ErrorNone;
   const std::string path = PathOfPort(portName != nullptr ? portName : "");
   if (path.empty()) {
-    lastError_ = ErrorInvalidPortName;
+    link.error = ErrorInvalidPortName;
     return;
   }
-  if (port_ != nullptr) DisconnectDevice();  // it may be this very port, which is opened exclusively
-  if (!ZRVSerialIO::Probe(path.c_str())) {
-    lastError_ = ErrorNoDeviceFound;
+  if (link.port != nullptr) DisconnectDevice();  // it may be this very port, which is opened exclusively
+  if (!machine.probe(path.c_str())) {
+    link.error = ErrorNoDeviceFound;
     return;
   }
-  Pause(kPauseBeforeOpen);
-  auto port = std::make_unique<ZRVSerialIO>();
+  machine.pause(kPauseBeforeOpen);
+  auto port = machine.makePort();
   if (port->Open(path.c_str(), kConnectBaudRate, kClearReadBytes, kClearReadBytes) != ZRVSerialIO::kOk) {
-    lastError_ = ErrorSerialComm;
+    link.error = ErrorSerialComm;
     return;
   }
   ConnectDevice(port.release());
 }
 
 void ZRVDevice::ConnectDevice(ZRVSerialIO* transport) {
+  Link& link = state_->link;
   if (transport == nullptr) {
-    lastError_ = ErrorNotConnected;
+    link.error = ErrorNotConnected;
     return;
   }
-  if (transport != port_.get()) {
-    if (port_ != nullptr) DisconnectDevice();
-    port_.reset(transport);
+  if (transport != link.port.get()) {
+    if (link.port != nullptr) DisconnectDevice();
+    link.port.reset(transport);
   }
   ZRVDeviceParams params;
   CheckConnectDevice(&params);
-  if (lastError_ != ErrorNone) {
-    port_.reset();
+  if (link.error != ErrorNone) {
+    link.port.reset();
     return;
   }
   ResetDevicePosition();
@@ -217,17 +213,18 @@ void ZRVDevice::ConnectDevice(ZRVSerialIO* transport) {
 }
 
 void ZRVDevice::CheckConnectDevice(ZRVDeviceParams* params) {
+  Link& link = state_->link;
   if (params == nullptr) {
-    lastError_ = ErrorNotConnected;
+    link.error = ErrorNotConnected;
     return;
   }
   for (int attempt = 0; attempt < kCheckAttempts; ++attempt) {
-    if (attempt > 0) Pause(kPauseBeforeRetry);
+    if (attempt > 0) link.machine.pause(kPauseBeforeRetry);
     SendSerialReset();
     SetDataMode(DataModeBuffer);
     SetSyncMode(SyncOff);
     GetDeviceParams(params);
-    if (lastError_ == ErrorNone) return;
+    if (link.error == ErrorNone) return;
   }
 }
 

@@ -7,48 +7,57 @@
 #include <cstdio>
 #include <string>
 
-#include "ZRVDevice.h"
-#include "common/bytes.h"
+#include "device/link.h"
 
-// Reads an answer field by field. A field that does not arrive reads as filler bytes, and the rest is read
-// all the same.
-class ZRVDevice::FieldReader {
+namespace zrv {
+
+// Reads an answer field by field into two records: the device's own and the caller's. A field that does not arrive
+// stays as it was in both, sets ErrorDeviceResponse, and the rest is read all the same.
+template <typename Record>
+class FieldReader {
  public:
-  explicit FieldReader(ZRVDevice& device) : device_(device) {}
+  FieldReader(Link& link, Record& own, Record& callers) : link_(link), records_{&own, &callers} {}
 
-  // The next width bytes (1..4), least significant first.
-  uint32_t Uint(unsigned int width) {
+  // The next width bytes (1..4), least significant first, given to store(record, count).
+  template <typename Store>
+  void Take(unsigned int width, Store store) {
     std::array<uint8_t, 4> bytes{};
-    arrived_ = device_.ReadBytes(bytes.data(), width, kFieldTimeoutMs);
-    Expect(arrived_);
-    return zrv::LittleEndianReader(bytes).U32() & (0xFFFFFFFFu >> (32 - 8 * width));
+    if (!Arrived(link_.Read(std::span(bytes).first(width), kFieldTimeoutMs))) return;
+    const uint32_t count = LittleEndianReader(bytes).U32();
+    for (Record* record : records_) store(*record, count);
   }
 
-  float Volts() { return static_cast<float>(Uint(1)); }
+  // A whole number or a code.
+  template <typename T, typename Holder>
+  void Whole(unsigned int width, T Holder::*field) {
+    Take(width, [field](Record& record, uint32_t count) { record.*field = static_cast<T>(count); });
+  }
 
   // A line of text, cut to fit.
-  template <size_t size>
-  void Text(char (&field)[size]) {
-    std::string line;
-    Expect(device_.ReadAnswerLine(line));
-    std::snprintf(field, size, "%s", line.c_str());
+  template <typename Holder, size_t size>
+  void Text(char (Holder::*field)[size]) {
+    const auto line = link_.ReadLine();
+    if (!Arrived(line.has_value())) return;
+    for (Record* record : records_) std::snprintf(record->*field, size, "%s", line->c_str());
   }
 
-  bool arrived() const { return arrived_; }    // the last number
   bool complete() const { return complete_; }  // all so far
 
  private:
-  void Expect(bool good) {
-    if (good) return;
-    device_.lastError_ = ErrorDeviceResponse;
+  bool Arrived(bool good) {
+    if (good) return true;
+    link_.error = ErrorDeviceResponse;
     complete_ = false;
+    return false;
   }
 
   static constexpr unsigned int kFieldTimeoutMs = 50;
 
-  ZRVDevice& device_;
-  bool arrived_ = true;
+  Link& link_;
+  Record* records_[2];
   bool complete_ = true;
 };
+
+}  // namespace zrv
 
 #endif

@@ -1,16 +1,14 @@
 // The controller's identification: its parameter record, output offsets and limits.
 #include <algorithm>
-#include <array>
 #include <cmath>
 
-#include "ZRVDevice.h"
-#include "common/bytes.h"
-#include "device/command_buffer.h"
 #include "device/field_reader.h"
 #include "device/protocol.h"
+#include "device/state.h"
 
 using namespace zrv;
 using namespace zrv::protocol;
+using P = ZRVDeviceParamsStruct;
 
 namespace {
 
@@ -24,42 +22,80 @@ float DecodeRotation(uint32_t count) {
   return static_cast<float>(std::acos(static_cast<double>(std::clamp(cosine, -1.0f, 1.0f))));
 }
 
-void CopyLimits(const ZRVDeviceParams& from, ZRVDeviceParams& to) {
-  constexpr unsigned int ZRVDeviceParamsStruct::*kLimits[] = {
-      &ZRVDeviceParams::SampleRateMin,       &ZRVDeviceParams::SampleRateMax,
-      &ZRVDeviceParams::LimitWord3,          &ZRVDeviceParams::SampleBufferCapacity,
-      &ZRVDeviceParams::HardwareFilterBwMin, &ZRVDeviceParams::HardwareFilterBwMax,
-      &ZRVDeviceParams::LimitByte7,          &ZRVDeviceParams::LimitByte8,
-      &ZRVDeviceParams::LimitByte9,          &ZRVDeviceParams::LimitByte10,
-      &ZRVDeviceParams::VbiasMin,            &ZRVDeviceParams::VbiasMax};
-  for (const auto limit : kLimits) to.*limit = from.*limit;
+// The limits, in the order of their answer.
+constexpr struct {
+  unsigned int width;
+  unsigned int P::*field;
+} kLimits[] = {
+    {3, &P::SampleRateMin},       {3, &P::SampleRateMax},
+    {3, &P::LimitWord3},          {3, &P::SampleBufferCapacity},
+    {2, &P::HardwareFilterBwMin}, {2, &P::HardwareFilterBwMax},
+    {1, &P::LimitByte7},          {1, &P::LimitByte8},
+    {1, &P::LimitByte9},          {1, &P::LimitByte10},
+    {1, &P::VbiasMin},            {1, &P::VbiasMax},
+};
+
+// A port without a controller acknowledges nothing; its answer line is not waited for.
+bool ReadInfoLine(Link& link, uint8_t code) {
+  if (!link.Command(code)) return false;
+  if (link.ReadLine() == kInfoLine) return true;
+  link.error = ErrorBadAcknowledge;
+  return false;
+}
+
+void ReadIdentification(FieldReader<ZRVDeviceParams>& in) {
+  const auto volts = [&in](float P::*field) {
+    in.Take(1, [field](P& p, uint32_t count) { p.*field = static_cast<float>(count); });
+  };
+  in.Text(&P::DeviceName);
+  in.Text(&P::FirmwareName);
+  in.Text(&P::CommType);
+  in.Text(&P::BluetoothMAC);
+  in.Whole(3, &P::USARTBaudRate);
+  in.Whole(3, &P::SampleRate);
+  in.Whole(2, &P::HardwareFilterBw);
+  in.Take(2, [](P& p, uint32_t count) { p.DataScale = static_cast<float>(count) / kScaleCounts; });
+  in.Take(2, [](P& p, uint32_t count) { p.DataRotation = DecodeRotation(count); });
+  volts(&P::VmaxMEMSDriver);
+  volts(&P::Vbias);
+  volts(&P::VdifferenceMax);
+  in.Whole(1, &P::DeviceAxes);
+  in.Whole(1, &P::MEMSDriverEnable);
+  in.Whole(1, &P::DigitalOutputEnable);
+  in.Whole(1, &P::LaserModulationEnable);
+  in.Take(2, StoreStateWord);
+  in.Whole(2, &P::DeviceErrorRegister);
+  in.Whole(3, &P::BufferOffset);
+  in.Whole(2, &P::BootSetting);
+  in.Whole(1, &P::DataMode);
 }
 
 }  // namespace
 
 void ZRVDevice::GetDeviceParams(ZRVDeviceParams* params) {
+  Link& link = state_->link;
   if (params == nullptr) {
-    lastError_ = ErrorNotConnected;
+    link.error = ErrorNotConnected;
     return;
   }
-  if (!Connected()) {
-    params_->ParamsValid = params->ParamsValid = 0;
-    CopyLimits(*params_, *params);
+  ZRVDeviceParams& own = state_->params;
+  own.ParamsValid = params->ParamsValid = 0;
+  if (!link.Connected()) {
+    for (const auto& limit : kLimits) params->*limit.field = own.*limit.field;
     return;
   }
-  const ZRVDeviceParams before = *params_;
-  params_->ParamsValid = params->ParamsValid = 0;
-  if (!ReadInfoLine(kCmdGetIdentification)) return;
-  const bool complete = ReadIdentification();
+  if (!ReadInfoLine(link, kCmdGetIdentification)) return;
+  FieldReader<ZRVDeviceParams> in(link, own, *params);
+  ReadIdentification(in);
   GetOutputOffsets();
-  if (!complete) lastError_ = ErrorDeviceResponse;  // also when the offsets arrived
-  if (lastError_ == ErrorNone && ReadLimits()) params_->ParamsValid = 1;
-  if (params_->ParamsValid != 0) doubtful_.reset();
-  *params = *params_;
-  if (params->ParamsValid == 0) {  // the caller sees what arrived; the device trusts none of it
-    *params_ = before;
-    params_->ParamsValid = 0;
+  if (link.error == ErrorNone) {
+    params->XOffset = own.XOffset;
+    params->YOffset = own.YOffset;
   }
+  if (!in.complete()) link.error = ErrorDeviceResponse;  // also when the offsets arrived
+  if (link.error != ErrorNone || !ReadInfoLine(link, kCmdGetLimits)) return;
+  for (const auto& limit : kLimits) in.Whole(limit.width, limit.field);
+  own.ParamsValid = params->ParamsValid = in.complete() ? 1 : 0;
 }
 
 ZRVDeviceParams* ZRVDevice::GetDeviceParams() {
@@ -68,67 +104,11 @@ ZRVDeviceParams* ZRVDevice::GetDeviceParams() {
   return params.release();
 }
 
-// A port without a controller acknowledges nothing; its answer line is not waited for.
-bool ZRVDevice::ReadInfoLine(unsigned char code) {
-  if (!Command(code)) return false;
-  std::string line;
-  ReadAnswerLine(line);
-  if (line != kInfoLine) lastError_ = ErrorBadAcknowledge;
-  if (lastError_ != ErrorNone) ExpectLateBytes();  // fields that nobody reads now
-  return lastError_ == ErrorNone;
-}
-
-bool ZRVDevice::ReadIdentification() {
-  FieldReader in(*this);
-  ZRVDeviceParams& p = *params_;
-  in.Text(p.DeviceName);
-  in.Text(p.FirmwareName);
-  in.Text(p.CommType);
-  in.Text(p.BluetoothMAC);
-  p.USARTBaudRate = in.Uint(3);
-  p.SampleRate = in.Uint(3);
-  p.HardwareFilterBw = in.Uint(2);
-  p.DataScale = static_cast<float>(in.Uint(2)) / kScaleCounts;
-  p.DataRotation = DecodeRotation(in.Uint(2));
-  p.VmaxMEMSDriver = in.Volts();
-  p.Vbias = in.Volts();
-  p.VdifferenceMax = in.Volts();
-  p.DeviceAxes = static_cast<ZRVAxes>(in.Uint(1));
-  p.MEMSDriverEnable = in.Uint(1);
-  p.DigitalOutputEnable = in.Uint(1);
-  p.LaserModulationEnable = in.Uint(1);
-  DecodeState(in.Uint(2));
-  p.DeviceErrorRegister = in.Uint(2);
-  p.BufferOffset = in.Uint(3);
-  p.BootSetting = static_cast<ZRVBoot>(in.Uint(2));
-  p.DataMode = static_cast<ZRVDataMode>(in.Uint(1));
-  return in.complete();
-}
-
-bool ZRVDevice::ReadLimits() {
-  if (!ReadInfoLine(kCmdGetLimits)) return false;
-  FieldReader in(*this);
-  ZRVDeviceParams& p = *params_;
-  p.SampleRateMin = in.Uint(3);
-  p.SampleRateMax = in.Uint(3);
-  p.LimitWord3 = in.Uint(3);
-  p.SampleBufferCapacity = in.Uint(3);
-  p.HardwareFilterBwMin = in.Uint(2);
-  p.HardwareFilterBwMax = in.Uint(2);
-  p.LimitByte7 = in.Uint(1);
-  p.LimitByte8 = in.Uint(1);
-  p.LimitByte9 = in.Uint(1);
-  p.LimitByte10 = in.Uint(1);
-  p.VbiasMin = in.Uint(1);
-  p.VbiasMax = in.Uint(1);
-  return in.complete();
-}
-
 void ZRVDevice::GetOutputOffsets() {
-  if (!Command(kCmdGetOutputOffsets)) return;
-  std::array<uint8_t, kOffsetsAnswerBytes> answer{};
-  if (!ReadAnswer(answer.data(), kOffsetsAnswerBytes)) return;
-  LittleEndianReader in(answer);
-  params_->XOffset = DecodeOffset(in.U16());
-  params_->YOffset = DecodeOffset(in.U16());
+  Link& link = state_->link;
+  if (!link.Command(kCmdGetOutputOffsets)) return;
+  auto answer = link.ReadAnswer(kOffsetsAnswerBytes);
+  if (!answer) return;
+  state_->params.XOffset = DecodeOffset(answer->U16());
+  state_->params.YOffset = DecodeOffset(answer->U16());
 }

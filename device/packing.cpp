@@ -5,13 +5,27 @@
 #include <cmath>
 #include <cstring>
 
-#include "device/packing_avx2.h"
 #include "device/protocol.h"
 
 namespace zrv {
 namespace {
 
 using protocol::SampleFormat;
+
+// What each value of red, green and blue adds to the colour bytes of a sample, first byte lowest.
+struct ColourTables {
+  uint32_t channel[3][256];
+};
+
+// Consecutive samples: no index wraps.
+struct SampleRun {
+  const float* x;
+  const float* y;
+  const uint8_t* m;
+  const uint32_t* colours;
+  const ColourTables* tables;  // formats with colour only
+  size_t count;
+};
 
 // Samples worked on at a time: what one step makes of them stays in the first-level cache for the next.
 constexpr size_t kChunk = 256;
@@ -116,12 +130,10 @@ SampleRun Part(const SampleRun& run, size_t from, size_t count) {
 }
 
 template <SampleFormat format>
-void PackRun(const SampleRun& run, PackPath path, uint8_t* out) {
-  size_t done = path == PackPath::avx2 ? PackRunAvx2(format, run, out) : 0;
-  while (done < run.count) {
+void PackRun(const SampleRun& run, uint8_t* out) {
+  for (size_t done = 0; done < run.count; done += kChunk) {
     const size_t count = std::min(run.count - done, kChunk);
     PackChunk<format>(Part(run, done, count), out + done * protocol::BytesPerSample(format));
-    done += count;
   }
 }
 
@@ -139,14 +151,14 @@ ColourTables MakeTables(const std::array<GammaCurve, 3>& gamma) {
 // The block is circular twice over: it begins at start, and its marks run delay samples behind. Both wrap once,
 // so it falls into at most three straight runs.
 template <SampleFormat format>
-void PackRuns(const SampleSource& source, const ColourTables* tables, PackPath path, uint8_t* out) {
+void PackRuns(const SampleSource& source, const ColourTables* tables, uint8_t* out) {
   size_t position = source.start;
   size_t mark = position >= source.delay ? position - source.delay : source.count - source.delay + position;
   for (size_t packed = 0; packed < source.count;) {
     const size_t count = std::min({source.count - position, source.count - mark, source.count - packed});
     const SampleRun run = {source.x + position,    source.y + position, source.m + mark,
                            source.colours + mark, tables,              count};
-    PackRun<format>(run, path, out + packed * protocol::BytesPerSample(format));
+    PackRun<format>(run, out + packed * protocol::BytesPerSample(format));
     packed += count;
     position = (position + count) % source.count;
     mark = (mark + count) % source.count;
@@ -154,12 +166,12 @@ void PackRuns(const SampleSource& source, const ColourTables* tables, PackPath p
 }
 
 template <SampleFormat format>
-void Pack(const SampleSource& source, PackPath path, uint8_t* out) {
+void Pack(const SampleSource& source, uint8_t* out) {
   if constexpr (Layout<format>::kHasColour) {
     const ColourTables tables = MakeTables<format>(*source.gamma);
-    PackRuns<format>(source, &tables, path, out);
+    PackRuns<format>(source, &tables, out);
   } else {
-    PackRuns<format>(source, nullptr, path, out);
+    PackRuns<format>(source, nullptr, out);
   }
 }
 
@@ -173,18 +185,13 @@ GammaCurve MakeGammaCurve(float gamma) {
   return curve;
 }
 
-PackPath FastestPackPath() {
-  static const PackPath path = HasAvx2() ? PackPath::avx2 : PackPath::portable;
-  return path;
-}
-
-void PackSamples(uint32_t format, const SampleSource& source, uint8_t* out, PackPath path) {
+void PackSamples(uint32_t format, const SampleSource& source, uint8_t* out) {
   switch (format) {
-    case protocol::kFormatXY16M: return Pack<protocol::kFormatXY16M>(source, path, out);
-    case protocol::kFormatXY12M1: return Pack<protocol::kFormatXY12M1>(source, path, out);
-    case protocol::kFormatXY12RGB565: return Pack<protocol::kFormatXY12RGB565>(source, path, out);
-    case protocol::kFormatXY12RGB888: return Pack<protocol::kFormatXY12RGB888>(source, path, out);
-    case protocol::kFormatXY12MRGB: return Pack<protocol::kFormatXY12MRGB>(source, path, out);
+    case protocol::kFormatXY16M: return Pack<protocol::kFormatXY16M>(source, out);
+    case protocol::kFormatXY12M1: return Pack<protocol::kFormatXY12M1>(source, out);
+    case protocol::kFormatXY12RGB565: return Pack<protocol::kFormatXY12RGB565>(source, out);
+    case protocol::kFormatXY12RGB888: return Pack<protocol::kFormatXY12RGB888>(source, out);
+    case protocol::kFormatXY12MRGB: return Pack<protocol::kFormatXY12MRGB>(source, out);
     default: return;
   }
 }

@@ -24,13 +24,9 @@ struct SampleSource {
   size_t delay = 0;                             // m and colour come from this many samples earlier, wrapping
 };
 
-// How the inner loop is written; the bytes are the same.
-enum class PackPath { portable, avx2 };
-PackPath FastestPackPath();  // of those that this processor has
-
 // Writes count samples of a format (0..4) to out, which holds count * BytesPerSample(format) bytes. Formats
 // above 4 write nothing. start and delay are below count.
-void PackSamples(uint32_t format, const SampleSource& source, uint8_t* out, PackPath path = FastestPackPath());
+void PackSamples(uint32_t format, const SampleSource& source, uint8_t* out);
 
 }  // namespace zrv
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "ZRVDevice.h"
 #include "common/files.h"
 #include "common/text_numbers.h"
 #include "device/markers.h"
+#include "device/state.h"
 
 using namespace zrv;
 using P = ZRVDeviceParamsStruct;
@@ -154,7 +154,7 @@ char* ZRVDevice::GetEnumString(std::string enumName, int value) const {
 }
 
 void ZRVDevice::SaveDeviceParams(const char* fileName, ZRVDeviceParams* params) {
-  const ZRVDeviceParams& p = params != nullptr ? *params : *params_;
+  const ZRVDeviceParams& p = params != nullptr ? *params : state_->params;
   std::string text;
   const auto number = [&](const char* key, auto value) { AppendNumber(text, key, value); };
   const auto member = [&](const char* key, const char* type, unsigned int value) {
@@ -186,7 +186,7 @@ void ZRVDevice::SaveDeviceParams(const char* fileName, ZRVDeviceParams* params) 
   member("DataMode", "ZRVDataMode", p.DataMode);
   member("SyncMode", "ZRVSync", p.SyncMode);
   const std::span bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
-  lastError_ = WriteWholeFile(fileName, bytes) ? ErrorNone : ErrorInvalidValue;
+  state_->link.error = WriteWholeFile(fileName, bytes) ? ErrorNone : ErrorInvalidValue;
 }
 
 float ZRVDevice::LoadDeviceParam(const char* fileName, const char* key, float defaultValue) const {
@@ -199,7 +199,7 @@ float ZRVDevice::LoadDeviceParam(const char* fileName, const char* key, float de
 }
 
 void ZRVDevice::LoadDeviceParams(ZRVDeviceParams* params, const char* fileName) {
-  lastError_ = params != nullptr ? ErrorNone : ErrorNotConnected;
+  state_->link.error = params != nullptr ? ErrorNone : ErrorNotConnected;
   if (params == nullptr) return;
   ZRVDeviceParams& p = *params;
   p.ParamsValid = 0;

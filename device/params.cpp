@@ -3,15 +3,11 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <limits>
-#include <optional>
 #include <type_traits>
 
-#include "ZRVDevice.h"
-#include "device/command_buffer.h"
 #include "device/markers.h"
 #include "device/protocol.h"
-#include "device/serial/ports.h"
+#include "device/state.h"
 
 using namespace zrv;
 using namespace zrv::protocol;
@@ -53,25 +49,21 @@ bool IsNameValid(const char* name) {
   return name != nullptr && std::strlen(name) < sizeof ZRVDeviceParamsStruct::DeviceName;
 }
 
-// A parameter value for a whole-numbered field; nothing for NaN. Below 0 reads 0 and above 32 bits the largest
-// number, so that the field's own limits decide.
-std::optional<unsigned int> Rounded(float value) {
-  if (std::isnan(value)) return std::nullopt;
-  const double whole = std::round(static_cast<double>(value));
-  return static_cast<unsigned int>(Clamp(whole, 0.0, 4294967295.0));
+// A parameter value for a whole-numbered field. Below 0 reads 0 and above 32 bits the largest number, so that the
+// field's own limits decide.
+unsigned int Rounded(float value) {
+  return static_cast<unsigned int>(Clamp(std::round(static_cast<double>(value)), 0.0, 4294967295.0));
 }
 
-// A code for an enumeration, truncated; nothing when no unsigned integer holds it.
-std::optional<unsigned int> Truncated(float value) {
-  if (!(value > -1.0f && value < 4294967296.0f)) return std::nullopt;
-  return static_cast<unsigned int>(static_cast<double>(value));
+// A code for an enumeration, truncated. A negative one is sent as it is, in two's complement.
+unsigned int Truncated(float value) {
+  return static_cast<unsigned int>(
+      static_cast<int64_t>(Clamp(static_cast<double>(value), -2147483648.0, 4294967295.0)));
 }
-
-}  // namespace
 
 // A parameter that travels alone: its field in the device's record, its command, its payload.
 template <typename T>
-struct ZRVDevice::Setter {
+struct Setter {
   T P::*field;
   uint8_t code;
   int payloadBytes;
@@ -80,228 +72,231 @@ struct ZRVDevice::Setter {
 };
 
 // A flag with a command code for "on"; the code one lower is "off".
-struct ZRVDevice::SwitchSetter {
+struct SwitchSetter {
   unsigned int P::*field;
   uint8_t codeOn;
 };
 
-// Compare with the cache, send, store on success. After a failure the controller may have obeyed all the same: the
-// next value is then sent whatever the cache says. requested is what the caller asked for, accepted what
-// became of it within its limits.
+bool SendName(Link& link, uint8_t code, const char* name) {
+  CommandBuffer& command = link.NewCommand(code);
+  for (const char* c = name; *c != '\0'; ++c) command.U8(static_cast<unsigned char>(*c));
+  return link.SendSerialCommand(true);
+}
+
+void Refuse(DeviceState& state) { state.link.error = ErrorInvalidValue; }
+
+// Compare with the record, send, store on success. requested is what the caller asked for, accepted what became of it
+// within its limits. An acknowledgement that was lost on the way leaves the record untrue: setting again sends nothing
+// until the record is read anew.
 template <typename T>
-void ZRVDevice::Apply(const Setter<T>& setter, T requested, T accepted) {
-  T& cached = (*params_).*setter.field;
-  if (cached == requested && !doubtful_[setter.code]) return;
+void Apply(DeviceState& state, const Setter<T>& setter, T requested, T accepted) {
+  T& cached = state.params.*setter.field;
+  if (cached == requested) return;
   if constexpr (std::is_same_v<T, float>) {
-    if (std::isnan(accepted)) return Refuse();
+    if (std::isnan(accepted)) return Refuse(state);
   }
-  NewCommand(setter.code).Put(setter.encode(accepted), setter.payloadBytes);
-  doubtful_[setter.code] = !SendSerialCommand(setter.acknowledged);
-  if (!doubtful_[setter.code]) cached = accepted;
+  state.link.NewCommand(setter.code).Put(setter.encode(accepted), setter.payloadBytes);
+  if (state.link.SendSerialCommand(setter.acknowledged)) cached = accepted;
 }
 
-void ZRVDevice::Apply(const SwitchSetter& setter, unsigned int enable) {
-  unsigned int& cached = (*params_).*setter.field;
-  if (cached == enable && !doubtful_[setter.codeOn]) return;
-  if (enable > 1) return Refuse();
-  doubtful_[setter.codeOn] = !Command(static_cast<uint8_t>(enable == 1 ? setter.codeOn : setter.codeOn - 1));
-  if (!doubtful_[setter.codeOn]) cached = enable;
+void Apply(DeviceState& state, const SwitchSetter& setter, unsigned int enable) {
+  unsigned int& cached = state.params.*setter.field;
+  if (cached == enable) return;
+  if (enable > 1) return Refuse(state);
+  if (state.link.Command(static_cast<uint8_t>(enable == 1 ? setter.codeOn : setter.codeOn - 1))) cached = enable;
 }
 
-void ZRVDevice::Refuse() { lastError_ = ErrorInvalidValue; }
+}  // namespace
 
 void ZRVDevice::SetUSARTBaudRate(unsigned int baudRate) {
   constexpr Setter<unsigned int> kBaudRate = {&P::USARTBaudRate, kCmdSetUSARTBaudRate, 3, true, EncodeWhole};
-  Apply(kBaudRate, baudRate, Clamp(baudRate, kBaudRateMin, kBaudRateMax));
+  Apply(*state_, kBaudRate, baudRate, Clamp(baudRate, kBaudRateMin, kBaudRateMax));
 }
 
 void ZRVDevice::SetSampleRate(unsigned int samplesPerSecond) {
   constexpr Setter<unsigned int> kRate = {&P::SampleRate, kCmdSetSampleRate, 3, true, EncodeWhole};
-  Apply(kRate, samplesPerSecond, Clamp(samplesPerSecond, params_->SampleRateMin, params_->SampleRateMax));
+  Apply(*state_, kRate, samplesPerSecond, Clamp(samplesPerSecond, state_->params.SampleRateMin, state_->params.SampleRateMax));
 }
 
 void ZRVDevice::SetHardwareFilterBw(unsigned int hertz) {
   constexpr Setter<unsigned int> kBandwidth = {&P::HardwareFilterBw, kCmdSetHardwareFilterBw, 2, true, EncodeWhole};
-  Apply(kBandwidth, hertz, Clamp(hertz, params_->HardwareFilterBwMin, params_->HardwareFilterBwMax));
+  Apply(*state_, kBandwidth, hertz, Clamp(hertz, state_->params.HardwareFilterBwMin, state_->params.HardwareFilterBwMax));
 }
 
 void ZRVDevice::SetVdifferenceMax(float volts) {
   constexpr Setter<float> kVdifference = {&P::VdifferenceMax, kCmdSetVdifferenceMax, 1, true, EncodeVolts};
-  Apply(kVdifference, volts, Clamp(volts, 0.0f, params_->VmaxMEMSDriver));
+  Apply(*state_, kVdifference, volts, Clamp(volts, 0.0f, state_->params.VmaxMEMSDriver));
 }
 
 void ZRVDevice::SetVbias(float volts) {
   constexpr Setter<float> kBias = {&P::Vbias, kCmdSetVbias, 1, true, EncodeVolts};
-  Apply(kBias, volts, Clamp(volts, Volts(params_->VbiasMin), Volts(params_->VbiasMax)));
+  Apply(*state_, kBias, volts, Clamp(volts, Volts(state_->params.VbiasMin), Volts(state_->params.VbiasMax)));
 }
 
 void ZRVDevice::SetDataScale(float scale) {
   constexpr Setter<float> kScale = {&P::DataScale, kCmdSetDataScale, 2, false, EncodeScale};
-  Apply(kScale, scale, Clamp(scale, 0.0f, 1.0f));
+  Apply(*state_, kScale, scale, Clamp(scale, 0.0f, 1.0f));
 }
 
 void ZRVDevice::SetDataRotation(float radians) {
   constexpr Setter<float> kRotation = {&P::DataRotation, kCmdSetDataRotation, 4, false, EncodeRotation};
-  Apply(kRotation, radians, std::isfinite(radians) ? radians : std::nanf(""));
+  Apply(*state_, kRotation, radians, std::isfinite(radians) ? radians : std::nanf(""));
 }
 
 void ZRVDevice::SetBufferOffset(unsigned int samples) {
   constexpr Setter<unsigned int> kOffset = {&P::BufferOffset, kCmdSetBufferOffset, 3, false, EncodeWhole};
-  Apply(kOffset, samples, samples);
+  Apply(*state_, kOffset, samples, samples);
 }
 
 void ZRVDevice::SetDeviceAxes(ZRVAxes axes) {
   constexpr Setter<ZRVAxes> kAxes = {&P::DeviceAxes, kCmdSetDeviceAxes, 1, true, EncodeEnum};
-  if (axes >= kAxesCount && axes != params_->DeviceAxes) return Refuse();
-  Apply(kAxes, axes, axes);
+  if (axes >= kAxesCount && axes != state_->params.DeviceAxes) return Refuse(*state_);
+  Apply(*state_, kAxes, axes, axes);
 }
 
 void ZRVDevice::SetBootParams(ZRVBoot boot) {
   constexpr Setter<ZRVBoot> kBoot = {&P::BootSetting, kCmdSetBootParams, 2, true, EncodeEnum};
-  Apply(kBoot, boot, boot);
+  Apply(*state_, kBoot, boot, boot);
 }
 
 void ZRVDevice::SetSyncMode(ZRVSync mode) {
   constexpr Setter<ZRVSync> kSync = {&P::SyncMode, kCmdSetSyncMode, 1, true, EncodeEnum};
-  Apply(kSync, mode, mode);
+  Apply(*state_, kSync, mode, mode);
 }
 
 void ZRVDevice::SetMEMSDriverEnable(unsigned int enable) {
-  Apply(SwitchSetter{&P::MEMSDriverEnable, kCmdMEMSDriverOn}, enable);
+  Apply(*state_, SwitchSetter{&P::MEMSDriverEnable, kCmdMEMSDriverOn}, enable);
 }
 
 void ZRVDevice::SetDigitalOutputEnable(unsigned int enable) {
-  Apply(SwitchSetter{&P::DigitalOutputEnable, kCmdDigitalOutputOn}, enable);
+  Apply(*state_, SwitchSetter{&P::DigitalOutputEnable, kCmdDigitalOutputOn}, enable);
 }
 
 void ZRVDevice::SetLaserModulationEnable(unsigned int enable) {
-  Apply(SwitchSetter{&P::LaserModulationEnable, kCmdLaserModulationOn}, enable);
+  Apply(*state_, SwitchSetter{&P::LaserModulationEnable, kCmdLaserModulationOn}, enable);
 }
 
 // --- Setters with a rule of their own ----------------------------------------------------------------
 
 // Always sent: tracking moves the offsets behind the host's back.
 void ZRVDevice::SetOutputOffsets(float x, float y) {
-  if (std::isnan(x) || std::isnan(y)) return Refuse();
+  if (std::isnan(x) || std::isnan(y)) return Refuse(*state_);
   x = Clamp(x, -1.0f, 1.0f);
   y = Clamp(y, -1.0f, 1.0f);
-  NewCommand(kCmdSetOutputOffsets).U16(EncodeOffset(x)).U16(EncodeOffset(y));
-  if (!SendSerialCommand(false)) return;
-  params_->XOffset = x;
-  params_->YOffset = y;
+  Link& link = state_->link;
+  link.NewCommand(kCmdSetOutputOffsets).U16(EncodeOffset(x)).U16(EncodeOffset(y));
+  if (!link.SendSerialCommand(false)) return;
+  state_->params.XOffset = x;
+  state_->params.YOffset = y;
 }
 
-// Always sent. Leaving a streaming mode, the controller keeps sending for a moment: what it sent is dropped.
+// Always sent. Leaving a streaming mode, the controller keeps sending for a moment: what it sent is dropped, also
+// after a write that failed, for the controller may have obeyed all the same.
 void ZRVDevice::SetDataMode(ZRVDataMode mode) {
-  NewCommand(kCmdSetDataMode).U8(mode);
-  if (!SendSerialCommand(false)) return;
-  Pause(kDataModeSettling);
-  ClearInputBuffer();
-  SendSerialReset();
-  if (lastError_ == ErrorNone) params_->DataMode = mode;
-}
-
-bool ZRVDevice::SendName(unsigned char code, const char* name) {
-  CommandBuffer& command = NewCommand(code);
-  for (const char* c = name; *c != '\0'; ++c) command.U8(static_cast<unsigned char>(*c));
-  return SendSerialCommand(true);
+  Link& link = state_->link;
+  link.NewCommand(kCmdSetDataMode).U8(mode);
+  link.SendSerialCommand(false);
+  if (link.port == nullptr) return;
+  link.machine.pause(kDataModeSettling);
+  link.ClearInputBuffer();
+  link.SendSerialReset();
+  if (link.error == ErrorNone) state_->params.DataMode = mode;
 }
 
 void ZRVDevice::SetDeviceName(const char* name) {
-  lastError_ = ErrorNone;
-  if (!IsNameValid(name)) return Refuse();
-  if (std::strcmp(name, params_->DeviceName) == 0 && !doubtful_[kCmdSetDeviceName]) return;
-  doubtful_[kCmdSetDeviceName] = !SendName(kCmdSetDeviceName, name);
-  if (doubtful_[kCmdSetDeviceName]) return;
-  std::snprintf(params_->DeviceName, sizeof params_->DeviceName, "%s", name);
+  Link& link = state_->link;
+  char(&cached)[sizeof P::DeviceName] = state_->params.DeviceName;
+  link.error = ErrorNone;
+  if (!IsNameValid(name)) return Refuse(*state_);
+  if (std::strcmp(name, cached) == 0 || !SendName(link, kCmdSetDeviceName, name)) return;
+  std::snprintf(cached, sizeof cached, "%s", name);
   ZRVDeviceParams scratch;
   GetDeviceParams(&scratch);
 }
 
 void ZRVDevice::SetDefaultDeviceName(const char* name, std::string accessCode) {
   if (accessCode != kDefaultNameAccess) return;
-  if (!IsNameValid(name)) return Refuse();
-  if (!SendName(kCmdSetDefaultDeviceName, name)) return;
+  if (!IsNameValid(name)) return Refuse(*state_);
+  if (!SendName(state_->link, kCmdSetDefaultDeviceName, name)) return;
   ZRVDeviceParams scratch;
   GetDeviceParams(&scratch);
 }
 
 // --- Whole records -----------------------------------------------------------------------------------
 
-void ZRVDevice::CheckReadOnly(const ZRVDeviceParams& wanted) {
-  const auto textChanged = [](const char* text, const char* current) {
-    return *text != '\0' && std::strcmp(text, current) != 0;
-  };
-  const auto changed = [](auto value, auto current) { return value != current && IsGiven(value); };
-  const ZRVDeviceParams& current = *params_;
-  if (textChanged(wanted.FirmwareName, current.FirmwareName) || textChanged(wanted.CommType, current.CommType) ||
-      textChanged(wanted.BluetoothMAC, current.BluetoothMAC) ||
-      changed(wanted.DeviceErrorRegister, current.DeviceErrorRegister) ||
-      changed(wanted.DeviceState, current.DeviceState) ||
-      changed(wanted.HardwareFilterOn, current.HardwareFilterOn) ||
-      changed(wanted.VmaxMEMSDriver, current.VmaxMEMSDriver)) {
-    lastError_ = std::max(lastError_, ErrorReadOnlyParam);
-  }
+namespace {
+
+bool ChangesReadOnly(const P& wanted, const P& current) {
+  const auto textChanged = [](const char* text, const char* now) { return *text != '\0' && std::strcmp(text, now) != 0; };
+  const auto changed = [](auto value, auto now) { return value != now && IsGiven(value); };
+  return textChanged(wanted.FirmwareName, current.FirmwareName) || textChanged(wanted.CommType, current.CommType) ||
+         textChanged(wanted.BluetoothMAC, current.BluetoothMAC) ||
+         changed(wanted.DeviceErrorRegister, current.DeviceErrorRegister) ||
+         changed(wanted.DeviceState, current.DeviceState) ||
+         changed(wanted.HardwareFilterOn, current.HardwareFilterOn) ||
+         changed(wanted.VmaxMEMSDriver, current.VmaxMEMSDriver);
 }
 
-// One field of a record: through its setter, which compares, when it is given. The worst error stays.
-template <typename T>
-void ZRVDevice::ApplyGiven(T wanted, void (ZRVDevice::*set)(T)) {
-  if (!IsGiven(wanted)) return;
-  const ZRVError soFar = lastError_;
-  (this->*set)(wanted);
-  lastError_ = std::max(lastError_, soFar);
-}
+}  // namespace
 
 void ZRVDevice::SetDeviceParams(ZRVDeviceParams* params) {
-  lastError_ = ErrorNone;
+  Link& link = state_->link;
+  P& current = state_->params;
+  link.error = ErrorNone;
   if (params == nullptr) {
-    lastError_ = ErrorNotConnected;
+    link.error = ErrorNotConnected;
     return;
   }
-  ZRVDeviceParams wanted = *params;  // setting the name reads the device's record anew
-  wanted.DeviceName[sizeof wanted.DeviceName - 1] = '\0';
-  wanted.FirmwareName[sizeof wanted.FirmwareName - 1] = '\0';
-  wanted.CommType[sizeof wanted.CommType - 1] = '\0';
-  wanted.BluetoothMAC[sizeof wanted.BluetoothMAC - 1] = '\0';
+  P wanted = *params;  // setting the name reads the device's record anew
+  for (char* end : {std::end(wanted.DeviceName), std::end(wanted.FirmwareName), std::end(wanted.CommType),
+                    std::end(wanted.BluetoothMAC)}) {
+    end[-1] = '\0';
+  }
   if (wanted.DeviceName[0] != '\0') {
     SetDeviceName(wanted.DeviceName);
-    // What was asked for, also when the controller reports it otherwise (shortened, say): else the record would
-    // count as changed, and be sent, each time.
-    if (lastError_ == ErrorNone) std::memcpy(params_->DeviceName, wanted.DeviceName, sizeof wanted.DeviceName);
+    // What was asked for, also when the controller refused it or reports it otherwise (shortened, say): else the record
+    // would count as changed, and be sent, each time.
+    std::memcpy(current.DeviceName, wanted.DeviceName, sizeof wanted.DeviceName);
   }
-  CheckReadOnly(wanted);
-
-  const ZRVDeviceParams& current = *params_;
-  ApplyGiven(wanted.USARTBaudRate, &ZRVDevice::SetUSARTBaudRate);
-  ApplyGiven(wanted.SampleRate, &ZRVDevice::SetSampleRate);
-  ApplyGiven(wanted.HardwareFilterBw, &ZRVDevice::SetHardwareFilterBw);
-  ApplyGiven(wanted.VdifferenceMax, &ZRVDevice::SetVdifferenceMax);
-  ApplyGiven(wanted.Vbias, &ZRVDevice::SetVbias);
+  ZRVError worst = link.error;
+  if (ChangesReadOnly(wanted, current)) worst = std::max(worst, ErrorReadOnlyParam);
+  link.error = worst;
+  // A field that is given goes through its setter, which compares.
+  const auto apply = [&](auto value, auto set) {
+    if (!IsGiven(value)) return;
+    worst = std::max(worst, link.error);
+    (this->*set)(value);
+    link.error = std::max(worst, link.error);
+  };
+  apply(wanted.USARTBaudRate, &ZRVDevice::SetUSARTBaudRate);
+  apply(wanted.SampleRate, &ZRVDevice::SetSampleRate);
+  apply(wanted.HardwareFilterBw, &ZRVDevice::SetHardwareFilterBw);
+  apply(wanted.VdifferenceMax, &ZRVDevice::SetVdifferenceMax);
+  apply(wanted.Vbias, &ZRVDevice::SetVbias);
   const float x = IsGiven(wanted.XOffset) ? wanted.XOffset : current.XOffset;
   const float y = IsGiven(wanted.YOffset) ? wanted.YOffset : current.YOffset;
   if (x != current.XOffset || y != current.YOffset) {
-    const ZRVError soFar = lastError_;
+    worst = link.error;
     SetOutputOffsets(x, y);
-    lastError_ = std::max(lastError_, soFar);
+    link.error = std::max(worst, link.error);
   }
-  ApplyGiven(wanted.DataScale, &ZRVDevice::SetDataScale);
-  ApplyGiven(wanted.DataRotation, &ZRVDevice::SetDataRotation);
-  ApplyGiven(wanted.MEMSDriverEnable, &ZRVDevice::SetMEMSDriverEnable);
-  ApplyGiven(wanted.DigitalOutputEnable, &ZRVDevice::SetDigitalOutputEnable);
-  ApplyGiven(wanted.LaserModulationEnable, &ZRVDevice::SetLaserModulationEnable);
-  ApplyGiven(wanted.BufferOffset, &ZRVDevice::SetBufferOffset);
-  ApplyGiven(wanted.DeviceAxes, &ZRVDevice::SetDeviceAxes);
-  ApplyGiven(wanted.BootSetting, &ZRVDevice::SetBootParams);
-  if (wanted.DataMode != current.DataMode) ApplyGiven(wanted.DataMode, &ZRVDevice::SetDataMode);
-  ApplyGiven(wanted.SyncMode, &ZRVDevice::SetSyncMode);
+  apply(wanted.DataScale, &ZRVDevice::SetDataScale);
+  apply(wanted.DataRotation, &ZRVDevice::SetDataRotation);
+  apply(wanted.MEMSDriverEnable, &ZRVDevice::SetMEMSDriverEnable);
+  apply(wanted.DigitalOutputEnable, &ZRVDevice::SetDigitalOutputEnable);
+  apply(wanted.LaserModulationEnable, &ZRVDevice::SetLaserModulationEnable);
+  apply(wanted.BufferOffset, &ZRVDevice::SetBufferOffset);
+  apply(wanted.DeviceAxes, &ZRVDevice::SetDeviceAxes);
+  apply(wanted.BootSetting, &ZRVDevice::SetBootParams);
+  if (wanted.DataMode != current.DataMode) apply(wanted.DataMode, &ZRVDevice::SetDataMode);
+  apply(wanted.SyncMode, &ZRVDevice::SetSyncMode);
 }
 
 // --- Single parameters -------------------------------------------------------------------------------
 
 float ZRVDevice::GetDeviceParam(ZRVParam param, int axis) {
-  lastError_ = ErrorNone;
-  const ZRVDeviceParams& p = *params_;
+  state_->link.error = ErrorNone;
+  const ZRVDeviceParams& p = state_->params;
   const auto number = [](auto value) { return static_cast<float>(static_cast<unsigned int>(value)); };
   switch (param) {
     case ParamDeviceState: GetDeviceState(); return number(p.DeviceState);
@@ -323,22 +318,20 @@ float ZRVDevice::GetDeviceParam(ZRVParam param, int axis) {
     case ParamSyncMode: return number(p.SyncMode);
     case ParamSyncState: return number(p.SyncState);
   }
-  lastError_ = ErrorInvalidParam;
+  state_->link.error = ErrorInvalidParam;
   return kUnavailable;
 }
 
 void ZRVDevice::SetDeviceParam(ZRVParam param, float value1, float value2) {
-  lastError_ = ErrorNone;
+  state_->link.error = ErrorNone;
   const auto whole = [&](void (ZRVDevice::*set)(unsigned int)) {
-    const auto value = Rounded(value1);
-    return value ? (this->*set)(*value) : Refuse();
+    return std::isnan(value1) ? Refuse(*state_) : (this->*set)(Rounded(value1));
   };
   const auto code = [&]<typename Enum>(void (ZRVDevice::*set)(Enum)) {
-    const auto value = Truncated(value1);
-    return value ? (this->*set)(static_cast<Enum>(*value)) : Refuse();
+    return !std::isfinite(value1) ? Refuse(*state_) : (this->*set)(static_cast<Enum>(Truncated(value1)));
   };
   const auto flag = [&](void (ZRVDevice::*set)(unsigned int)) {
-    return std::isnan(value1) ? Refuse() : (this->*set)(value1 != 0.0f ? 1 : 0);
+    return !std::isfinite(value1) ? Refuse(*state_) : (this->*set)(value1 != 0.0f ? 1 : 0);
   };
   switch (param) {
     case ParamUSARTBaudRate: return whole(&ZRVDevice::SetUSARTBaudRate);
@@ -352,18 +345,18 @@ void ZRVDevice::SetDeviceParam(ZRVParam param, float value1, float value2) {
     case ParamMEMSDriverEnable: return flag(&ZRVDevice::SetMEMSDriverEnable);
     case ParamDigitalOutputEnable: return flag(&ZRVDevice::SetDigitalOutputEnable);
     case ParamLaserModulationEnable: return flag(&ZRVDevice::SetLaserModulationEnable);
-    case ParamBufferOffset: return whole(&ZRVDevice::SetBufferOffset);
+    case ParamBufferOffset: return std::isinf(value1) ? Refuse(*state_) : whole(&ZRVDevice::SetBufferOffset);
     case ParamDeviceAxes: return code(&ZRVDevice::SetDeviceAxes);
     case ParamBootSetting: return code(&ZRVDevice::SetBootParams);
     case ParamDataMode: return code(&ZRVDevice::SetDataMode);
     case ParamSyncMode: return code(&ZRVDevice::SetSyncMode);
-    default: lastError_ = ErrorInvalidParam;
+    default: state_->link.error = ErrorInvalidParam;
   }
 }
 
 unsigned int ZRVDevice::CalcHardwareFilterDelay(unsigned int numSamples) const {
-  if (params_->HardwareFilterOn == 0) return 0;
-  const unsigned int divisor = params_->HardwareFilterBw * 158;
+  if (state_->params.HardwareFilterOn == 0) return 0;
+  const unsigned int divisor = state_->params.HardwareFilterBw * 158;
   if (divisor == 0) return 0;
-  return std::min(params_->SampleRate * 100 / divisor, numSamples - 1);
+  return std::min(state_->params.SampleRate * 100 / divisor, numSamples - 1);
 }

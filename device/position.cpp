@@ -1,11 +1,9 @@
 // Parking the mirror at a point, the laser's colours, boost and flash.
 #include <algorithm>
+#include <vector>
 
-#include "ZRVDevice.h"
-#include "device/command_buffer.h"
-#include "device/packing.h"
 #include "device/protocol.h"
-#include "device/serial/ports.h"
+#include "device/state.h"
 
 using namespace zrv;
 using namespace zrv::protocol;
@@ -13,7 +11,7 @@ using std::chrono::milliseconds;
 
 namespace {
 
-constexpr unsigned int kTableEntries = 100000;
+constexpr unsigned int kMaxMoveSamples = 50000;
 constexpr unsigned int kMinMoveMs = 1;
 constexpr unsigned int kMaxMoveMs = 5000;
 constexpr unsigned int kMinMoveSamples = 4;
@@ -25,38 +23,31 @@ bool IsInField(float v) { return v >= -1.0f && v <= 1.0f; }  // not NaN either
 
 }  // namespace
 
-void ZRVDevice::SendPoint(float x, float y, unsigned char m, bool minimizeJump) {
-  SharedState& shared = Shared();
-  shared.moveX[0] = x;
-  shared.moveY[0] = y;
-  shared.moveM[0] = m;
-  SendDataStream(shared.moveX.data(), shared.moveY.data(), shared.moveM.data(), 1, 0, minimizeJump);
-}
-
 void ZRVDevice::GoToDevicePosition(float x, float y, unsigned char m, unsigned int ms) {
-  lastError_ = ErrorNone;
+  Link& link = state_->link;
+  link.error = ErrorNone;
   if (!IsInField(x) || !IsInField(y)) {
-    lastError_ = ErrorInvalidValue;
+    link.error = ErrorInvalidValue;
     return;
   }
   if (ms == 0) {  // a controller that is playing switches to the new point without a stop
-    SendPoint(x, y, m, true);
+    SendDataStream(&x, &y, &m, 1, 0, true);
     if (!IsDeviceRunning()) StartDataStream(-1, true);
     return;
   }
   StopDataStream();
-  float fromToX[2] = {xStop_, x};
-  float fromToY[2] = {yStop_, y};
-  unsigned char fromToM[2] = {mStop_, m};
+  float fromToX[2] = {state_->stop.x, x};
+  float fromToY[2] = {state_->stop.y, y};
+  unsigned char fromToM[2] = {state_->stop.m, m};
   const unsigned int duration = std::clamp(ms, kMinMoveMs, kMaxMoveMs);
-  const unsigned int wanted = params_->SampleRate * duration / 1000 + 1;
-  const unsigned int numSamples = std::max(std::min<unsigned int>(wanted, kMoveSamples), kMinMoveSamples);
-  SharedState& move = Shared();
-  InterpolateDataTriangle(fromToX, fromToY, fromToM, move.moveX.data(), move.moveY.data(), move.moveM.data(),
-                          numSamples);
-  SendDataStream(move.moveX.data(), move.moveY.data(), move.moveM.data(), numSamples, 0, true);
+  const unsigned int wanted = state_->params.SampleRate * duration / 1000 + 1;
+  const unsigned int numSamples = std::clamp(wanted, kMinMoveSamples, kMaxMoveSamples);
+  std::vector<float> moveX(numSamples), moveY(numSamples);
+  std::vector<unsigned char> moveM(numSamples);
+  InterpolateDataTriangle(fromToX, fromToY, fromToM, moveX.data(), moveY.data(), moveM.data(), numSamples);
+  SendDataStream(moveX.data(), moveY.data(), moveM.data(), numSamples, 0, true);
   StartDataStream(1, true);
-  SendPoint(x, y, m, false);
+  SendDataStream(&x, &y, &m, 1, 0, false);
   StartDataStream(-1, true);
 }
 
@@ -93,33 +84,31 @@ void ZRVDevice::ResetDevicePosition() {
 }
 
 void ZRVDevice::SetRGBData(unsigned int* rgb, unsigned int numSamples) {
-  if (rgb != nullptr) std::copy_n(rgb, std::min(numSamples, kTableEntries), colours_.begin());
+  if (rgb != nullptr) std::copy_n(rgb, std::min(numSamples, kColourTableEntries), state_->colours.begin());
 }
 
 void ZRVDevice::SetRGBData(unsigned int rgb, unsigned int numSamples) {
-  if (numSamples == 0 || numSamples > kTableEntries) numSamples = kTableEntries;
-  std::fill_n(colours_.begin(), numSamples, rgb);
+  if (numSamples == 0 || numSamples > kColourTableEntries) numSamples = kColourTableEntries;
+  std::fill_n(state_->colours.begin(), numSamples, rgb);
 }
 
 void ZRVDevice::GetRGBData(unsigned int* rgb, unsigned int numSamples) {
-  if (rgb != nullptr) std::copy_n(colours_.begin(), std::min(numSamples, kTableEntries), rgb);
+  if (rgb != nullptr) std::copy_n(state_->colours.begin(), std::min(numSamples, kColourTableEntries), rgb);
 }
 
 void ZRVDevice::SetRGBGammas(float red, float green, float blue) {
-  const float gammas[] = {red, green, blue};
-  for (size_t channel = 0; channel < gammaCurves_.size(); ++channel) {
-    const float gamma = gammas[channel] > 0.0f ? gammas[channel] : 0.0f;  // NaN counts as 0
-    gammaCurves_[channel] = MakeGammaCurve(gamma);
-  }
+  const auto curve = [](float gamma) { return MakeGammaCurve(gamma > 0.0f ? gamma : 0.0f); };  // NaN counts as 0
+  state_->gammaCurves = {curve(red), curve(green), curve(blue)};
 }
 
 void ZRVDevice::SetLaserBoostEnable(unsigned int enable) {
-  Command(enable == 1 ? kCmdLaserBoostOn : kCmdLaserBoostOff);
+  state_->link.Command(enable == 1 ? kCmdLaserBoostOn : kCmdLaserBoostOff);
 }
 
 // Waits also after a failed send: the controller may be writing all the same.
 void ZRVDevice::SaveToFlash(ZRVFlash what) {
-  NewCommand(kCmdSaveToFlash).U8(what);
-  SendSerialCommand(true);
-  Pause(what == FlashSettings ? kFlashSettingsTime : kFlashDataTime);
+  Link& link = state_->link;
+  link.NewCommand(kCmdSaveToFlash).U8(what);
+  link.SendSerialCommand(true);
+  link.machine.pause(what == FlashSettings ? kFlashSettingsTime : kFlashDataTime);
 }

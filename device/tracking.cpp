@@ -1,14 +1,11 @@
 // Tracking: its parameters, status and integrals.
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <utility>
 
-#include "ZRVDevice.h"
-#include "common/bytes.h"
-#include "device/command_buffer.h"
 #include "device/field_reader.h"
 #include "device/protocol.h"
+#include "device/state.h"
 
 using namespace zrv;
 using namespace zrv::protocol;
@@ -19,6 +16,7 @@ constexpr float kThresholdCounts = 32767.0f;  // threshold 1
 constexpr float kRatioCounts = 255.0f;        // hit ratio 1
 constexpr int kTangentialZero = 0x80;
 constexpr int kIntegralZero = 32768;
+constexpr size_t kTrackParamsAreaBytes = 16;  // cleared ahead of the 7 bytes that are sent
 
 float ClampUnit(float value) { return value > 0.0f ? std::min(value, 1.0f) : 0.0f; }  // NaN: 0
 int ClampNormalGain(int gain) { return std::clamp(gain, 0, 255); }
@@ -43,45 +41,30 @@ void SetStateBits(ZRVTrackParams& params, unsigned int bits) {
 
 }  // namespace
 
-bool ZRVDevice::IsTrackingSupported() {
-  GetDeviceState();
-  return lastError_ == ErrorNone && (params_->DeviceState & kStateTracking) != 0;
-}
-
 // --- Whole records -----------------------------------------------------------------------------------
 
 void ZRVDevice::GetTrackParams(ZRVTrackParams* params) {
+  Link& link = state_->link;
   if (params == nullptr) {
-    lastError_ = ErrorNotConnected;
+    link.error = ErrorNotConnected;
     return;
   }
-  params->TrackingSupported = track_->TrackingSupported = false;
-  if (!Connected()) return;
-  Command(kCmdGetTrackParams);
-  std::string line;
-  ReadAnswerLine(line);
-  lastError_ = line == kInfoLine || line == kNoTrackLine ? ErrorNone : ErrorBadAcknowledge;
-  if (lastError_ != ErrorNone) ExpectLateBytes();  // fields that nobody reads now
+  ZRVTrackParams& own = state_->track;
+  params->TrackingSupported = own.TrackingSupported = false;
+  if (!link.Connected()) return;
+  link.Command(kCmdGetTrackParams);
+  const auto line = link.ReadLine();
+  link.error = line == kInfoLine || line == kNoTrackLine ? ErrorNone : ErrorBadAcknowledge;
   if (line != kInfoLine) return;
-  params->TrackingSupported = track_->TrackingSupported = true;
-  ReadTrackFields(*params);
-}
-
-void ZRVDevice::ReadTrackFields(ZRVTrackParams& params) {
-  FieldReader in(*this);
-  // A field that does not arrive stays as it was, in both records.
-  const auto read = [&](unsigned int width, auto store) {
-    const uint32_t count = in.Uint(width);
-    if (!in.arrived()) return;
-    store(params, count);
-    store(*track_, count);
-  };
-  read(2, [](auto& p, uint32_t n) { p.Threshold = static_cast<float>(n) / kThresholdCounts; });
-  read(1, [](auto& p, uint32_t n) { p.NormalGain = static_cast<int>(n); });
-  read(1, [](auto& p, uint32_t n) { p.TangentialGain = static_cast<int>(n) - kTangentialZero; });
-  read(1, [](auto& p, uint32_t n) { p.BufferDelay = n; });
-  read(1, [](auto& p, uint32_t n) { p.HitRatio = static_cast<float>(n) / kRatioCounts; });
-  read(1, SetStateBits);
+  params->TrackingSupported = own.TrackingSupported = true;
+  using T = ZRVTrackParams;
+  FieldReader<T> in(link, own, *params);
+  in.Take(2, [](T& p, uint32_t count) { p.Threshold = static_cast<float>(count) / kThresholdCounts; });
+  in.Whole(1, &T::NormalGain);
+  in.Take(1, [](T& p, uint32_t count) { p.TangentialGain = static_cast<int>(count) - kTangentialZero; });
+  in.Whole(1, &T::BufferDelay);
+  in.Take(1, [](T& p, uint32_t count) { p.HitRatio = static_cast<float>(count) / kRatioCounts; });
+  in.Take(1, SetStateBits);
 }
 
 ZRVTrackParams* ZRVDevice::GetTrackParams() {
@@ -91,9 +74,10 @@ ZRVTrackParams* ZRVDevice::GetTrackParams() {
 }
 
 void ZRVDevice::SetTrackParams(ZRVTrackParams* params) {
-  lastError_ = ErrorNone;
+  Link& link = state_->link;
+  link.error = ErrorNone;
   if (params == nullptr) {
-    lastError_ = ErrorNotConnected;
+    link.error = ErrorNotConnected;
     return;
   }
   ZRVTrackParams& p = *params;
@@ -102,33 +86,34 @@ void ZRVDevice::SetTrackParams(ZRVTrackParams* params) {
   p.TangentialGain = ClampTangentialGain(p.TangentialGain);
   p.BufferDelay = ClampBufferDelay(p.BufferDelay);
   p.HitRatio = ClampUnit(p.HitRatio);
-  NewCommand(kCmdSetTrackParams)
+  std::ranges::fill(link.Area(kTrackParamsAreaBytes), uint8_t{0});
+  link.NewCommand(kCmdSetTrackParams)
       .U16(Threshold(p.Threshold))
       .U8(NormalGain(p.NormalGain))
       .U8(TangentialGain(p.TangentialGain))
       .U8(p.BufferDelay)
       .U8(HitRatio(p.HitRatio))
       .U8(State(p));
-  if (!SendSerialCommand(true)) return;
-  const bool supported = track_->TrackingSupported;  // what the controller said, not the caller
-  *track_ = p;
-  track_->TrackingSupported = supported;
+  if (!link.SendSerialCommand(true)) return;
+  const bool supported = state_->track.TrackingSupported;  // what the controller said, not the caller
+  state_->track = p;
+  state_->track.TrackingSupported = supported;
 }
 
 // --- Status ------------------------------------------------------------------------------------------
 
 void ZRVDevice::GetTrackStatus(ZRVTrackStatus* status) {
-  lastError_ = status != nullptr ? ErrorNone : ErrorNotConnected;
+  Link& link = state_->link;
+  link.error = status != nullptr ? ErrorNone : ErrorNotConnected;
   if (status == nullptr) return;
   status->Valid = false;
-  if (!Connected()) return;
-  std::array<uint8_t, kTrackStatusAnswerBytes> answer{};
-  if (!Query(kCmdGetTrackStatus, answer.data(), kTrackStatusAnswerBytes)) return;
-  LittleEndianReader in(answer);
-  status->X = params_->XOffset = DecodeOffset(in.U16());
-  status->Y = params_->YOffset = DecodeOffset(in.U16());
-  status->StatusValue = in.U8();
-  status->StatusFlag = (in.U8() & 1) != 0;
+  if (!link.Connected()) return;
+  auto answer = link.Query(kCmdGetTrackStatus, kTrackStatusAnswerBytes);
+  if (!answer) return;
+  status->X = state_->params.XOffset = DecodeOffset(answer->U16());
+  status->Y = state_->params.YOffset = DecodeOffset(answer->U16());
+  status->StatusValue = answer->U8();
+  status->StatusFlag = (answer->U8() & 1) != 0;
   status->Valid = true;
 }
 
@@ -138,13 +123,14 @@ ZRVTrackStatus* ZRVDevice::GetTrackStatus() {
   return status.release();
 }
 
-// The read's outcome is not looked at: without an answer both integrals are filler.
+// The read's outcome is not looked at: without an answer both integrals are what the receive buffer holds.
 void ZRVDevice::GetTrackIntegrals(int& integral1, int& integral2) {
-  lastError_ = ErrorNone;
-  if (!Connected()) return;
-  Command(kCmdGetTrackIntegrals);
-  std::array<uint8_t, kTrackIntegralsAnswerBytes> answer{};
-  ReadBytes(answer.data(), kTrackIntegralsAnswerBytes, Shared().readTimeoutMs);
+  Link& link = state_->link;
+  link.error = ErrorNone;
+  if (!link.Connected()) return;
+  link.Command(kCmdGetTrackIntegrals);
+  const auto answer = link.received().first(kTrackIntegralsAnswerBytes);
+  link.Read(answer);
   LittleEndianReader in(answer);
   integral1 = in.U16() - kIntegralZero;
   integral2 = in.U16() - kIntegralZero;
@@ -153,37 +139,43 @@ void ZRVDevice::GetTrackIntegrals(int& integral1, int& integral2) {
 // --- Single fields, always sent and never acknowledged -----------------------------------------------
 
 void ZRVDevice::SetTrackThreshold(float threshold) {
+  Link& link = state_->link;
   threshold = ClampUnit(threshold);
-  NewCommand(kCmdSetTrackThreshold).U16(Threshold(threshold));
-  if (SendSerialCommand(false)) track_->Threshold = threshold;
+  link.NewCommand(kCmdSetTrackThreshold).U16(Threshold(threshold));
+  if (link.SendSerialCommand(false)) state_->track.Threshold = threshold;
 }
 
 void ZRVDevice::SetTrackNormalGain(int gain) {
+  Link& link = state_->link;
   gain = ClampNormalGain(gain);
-  NewCommand(kCmdSetTrackNormalGain).U8(NormalGain(gain));
-  if (SendSerialCommand(false)) track_->NormalGain = gain;
+  link.NewCommand(kCmdSetTrackNormalGain).U8(NormalGain(gain));
+  if (link.SendSerialCommand(false)) state_->track.NormalGain = gain;
 }
 
 void ZRVDevice::SetTrackTangentialGain(int gain) {
+  Link& link = state_->link;
   gain = ClampTangentialGain(gain);
-  NewCommand(kCmdSetTrackTangentialGain).U8(TangentialGain(gain));
-  if (SendSerialCommand(false)) track_->TangentialGain = gain;
+  link.NewCommand(kCmdSetTrackTangentialGain).U8(TangentialGain(gain));
+  if (link.SendSerialCommand(false)) state_->track.TangentialGain = gain;
 }
 
 void ZRVDevice::SetTrackBufferDelay(unsigned int samples) {
+  Link& link = state_->link;
   samples = ClampBufferDelay(samples);
-  NewCommand(kCmdSetTrackBufferDelay).U8(samples);
-  if (SendSerialCommand(false)) track_->BufferDelay = samples;
+  link.NewCommand(kCmdSetTrackBufferDelay).U8(samples);
+  if (link.SendSerialCommand(false)) state_->track.BufferDelay = samples;
 }
 
 void ZRVDevice::SetTrackHitRatio(float ratio) {
+  Link& link = state_->link;
   ratio = ClampUnit(ratio);
-  NewCommand(kCmdSetTrackHitRatio).U8(HitRatio(ratio));
-  if (SendSerialCommand(false)) track_->HitRatio = ratio;
+  link.NewCommand(kCmdSetTrackHitRatio).U8(HitRatio(ratio));
+  if (link.SendSerialCommand(false)) state_->track.HitRatio = ratio;
 }
 
 void ZRVDevice::SetTrackState(unsigned int bits) {
+  Link& link = state_->link;
   bits = ClampState(bits);
-  NewCommand(kCmdSetTrackState).U8(bits);
-  if (SendSerialCommand(false)) SetStateBits(*track_, bits);
+  link.NewCommand(kCmdSetTrackState).U8(bits);
+  if (link.SendSerialCommand(false)) SetStateBits(state_->track, bits);
 }

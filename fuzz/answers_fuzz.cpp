@@ -6,13 +6,10 @@
 #include <cstring>
 #include <memory>
 
-#include "ZRVDevice.h"
+#include "device/state.h"
 #include "fuzz/guarded.h"
 #include "fuzz/input.h"
 #include "simulator/memory_transport.h"
-
-extern "C" void ZRV_NO_PAUSE(std::chrono::milliseconds);
-extern "C" void ZRV_NO_PAUSE(std::chrono::milliseconds) {}
 
 namespace {
 
@@ -168,6 +165,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   DoubtfulLink& doubtful = *link;
   link->Open("memory", 921600, 0, 0);
   ZRVDevice device;
+  zrv::StateOf(device).link.machine.pause = [](std::chrono::milliseconds) {};
   device.ConnectDevice(link.release());
   Require(device.GetLastError() == ErrorNone);
   doubtful.Doubt(&in);

@@ -23,15 +23,18 @@
 #ifndef ZRV_DEVICE_H
 #define ZRV_DEVICE_H
 
-#include <array>
-#include <bitset>
-#include <chrono>
 #include <memory>
 #include <string>
-#include <vector>
 
 #include "ZRVDefinitions.h"
 #include "ZRVSerialIO.h"
+
+class ZRVDevice;
+
+namespace zrv {
+struct DeviceState;  // the library's own
+DeviceState& StateOf(ZRVDevice& device);
+}  // namespace zrv
 
 class ZRV_API ZRVDevice {
  public:
@@ -42,7 +45,7 @@ class ZRV_API ZRVDevice {
   ZRVDevice& operator=(const ZRVDevice&) = delete;
 
   // How the last call ended. Does not clear it.
-  ZRVError GetLastError() const { return lastError_; }
+  ZRVError GetLastError() const;
 
   // "10.7.1.0". The text is static.
   static const char* GetAPIVersion();
@@ -78,7 +81,7 @@ class ZRV_API ZRVDevice {
   // Disconnects and clears the parameter record; the object stays usable.
   void DeleteDevice();
 
-  bool IsDeviceConnected() const { return port_ != nullptr; }
+  bool IsDeviceConnected() const;
 
   // Asks the controller for an acknowledgement. A failure does not resynchronise the link.
   bool IsDeviceResponding();
@@ -142,10 +145,10 @@ class ZRV_API ZRVDevice {
   // (ErrorDeviceResponse) position and index read 0, the digital byte is kept.
   void StopDataStream();
 
-  float GetXStop() const { return xStop_; }          // -1..1
-  float GetYStop() const { return yStop_; }          // -1..1
-  unsigned char GetMStop() const { return mStop_; }  // digital byte
-  unsigned int GetIStop() const { return iStop_; }   // sample index
+  float GetXStop() const;          // -1..1
+  float GetYStop() const;          // -1..1
+  unsigned char GetMStop() const;  // digital byte
+  unsigned int GetIStop() const;   // sample index
 
   // Samples still to play; 1000000000 without a connection, 0 when the answer is lost.
   unsigned int GetSamplesRemaining();
@@ -267,43 +270,11 @@ class ZRV_API ZRVDevice {
   void ResetDevice();
 
  private:
-  template <typename T>
-  struct Setter;
-  struct SwitchSetter;
+  friend zrv::DeviceState& zrv::StateOf(ZRVDevice& device);
 
-  // Frames: a command, its acknowledgement, its answer (frames.cpp). True means success; otherwise the
-  // last error says why.
-  bool SendSerialCommand(bool waitForAcknowledge);
-  bool Command(unsigned char code, bool waitForAcknowledge = true);
-  bool Query(unsigned char code, void* answer, unsigned int count);
-  bool ReadAcknowledge(unsigned int timeoutMs, ZRVError onWrongBytes);
-  bool ReadBytes(void* bytes, unsigned int count, unsigned int timeoutMs);
-  bool ReadAnswer(void* answer, unsigned int count);
-  bool ReadAnswerLine(std::string& line);
-  bool Fail(ZRVError error);
-  bool Connected();
-  void ExpectLateBytes();
-  void DropLateBytes();
-  void PurgeSerialBuffers();
-  void DecodeState(unsigned int state);
-
-  // Discovery (connection.cpp).
   void CheckConnectDevice(ZRVDeviceParams* params);
-  bool ProbePort(const std::string& path, ZRVDeviceParams& params);
+  bool ProbePort(const char* path, ZRVDeviceParams& params);
 
-  // The identification answers (identification.cpp).
-  class FieldReader;
-  bool ReadIdentification();
-  bool ReadLimits();
-  bool ReadInfoLine(unsigned char code);
-
-  // Setters (params.cpp).
-  template <typename T>
-  void Apply(const Setter<T>& setter, T requested, T accepted);
-  void Apply(const SwitchSetter& setter, unsigned int enable);
-  template <typename T>
-  void ApplyGiven(T wanted, void (ZRVDevice::*set)(T));
-  void Refuse();
   void SetUSARTBaudRate(unsigned int baudRate);
   void SetSampleRate(unsigned int samplesPerSecond);
   void SetHardwareFilterBw(unsigned int hertz);
@@ -320,14 +291,7 @@ class ZRV_API ZRVDevice {
   void SetBootParams(ZRVBoot boot);
   void SetDataMode(ZRVDataMode mode);
   void SetSyncMode(ZRVSync mode);
-  bool SendName(unsigned char code, const char* name);
-  void CheckReadOnly(const ZRVDeviceParams& wanted);
 
-  // Sensing and tracking (analog.cpp, tracking.cpp).
-  unsigned int ReadCount(unsigned char code);
-  void SetAnalogInputBufferLength(unsigned int numSamples);
-  bool FindOrBEX1Mark(unsigned int attempts);
-  void ReadTrackFields(ZRVTrackParams& params);
   void SetTrackThreshold(float threshold);
   void SetTrackNormalGain(int gain);
   void SetTrackTangentialGain(int gain);
@@ -335,32 +299,13 @@ class ZRV_API ZRVDevice {
   void SetTrackHitRatio(float ratio);
   void SetTrackState(unsigned int bits);
 
-  // Names of enumeration members (param_files.cpp).
+  void SetAnalogInputBufferLength(unsigned int numSamples);
+  unsigned int InterpolateDataTriangle(float* xIn, float* yIn, unsigned char* mIn, float* xOut, float* yOut,
+                                       unsigned char* mOut, unsigned int numSamples);
   std::string EnumToString(std::string enumName, int value) const;
   int EnumToInt(std::string memberName) const;
 
-  // Streaming and position (stream.cpp, position.cpp).
-  bool SendBlock(const unsigned char* block, unsigned int numBytes);
-  unsigned int NearestToStop(const float* x, const float* y, unsigned int numSamples) const;
-  void SendPoint(float x, float y, unsigned char m, bool minimizeJump);
-  unsigned int InterpolateDataTriangle(float* xIn, float* yIn, unsigned char* mIn, float* xOut, float* yOut,
-                                       unsigned char* mOut, unsigned int numSamples);
-
-  ZRVError lastError_ = ErrorNone;
-  std::unique_ptr<ZRVDeviceParams> params_;
-  std::unique_ptr<ZRVTrackParams> track_;
-  std::unique_ptr<ZRVSerialIO> port_;
-  std::chrono::steady_clock::time_point lateBytesUntil_{};  // some may come for an exchange that failed
-  std::bitset<256> doubtful_;  // by command code: setters that failed, so that the controller may hold either value
-
-  float xStop_ = 0.0f;
-  float yStop_ = 0.0f;
-  unsigned char mStop_ = 0;
-  unsigned int iStop_ = 0;
-  unsigned int bytesPerSample_ = 5;
-
-  std::vector<unsigned int> colours_;                                 // 0x00RRGGBB by sample index
-  std::array<std::array<unsigned char, 256>, 3> gammaCurves_;         // red, green, blue
+  std::unique_ptr<zrv::DeviceState> state_;
 };
 
 #endif

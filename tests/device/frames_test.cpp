@@ -25,10 +25,10 @@ TEST_F(Frames, AcknowledgementFaultsResynchroniseAndTheNextCommandWorks) {
 }
 
 TEST_F(Frames, FailingWritesAndPurges) {
-  port->writesFail = true;
+  port->failingWrites = 6;
   device.ResetDevice();
   EXPECT_EQ(device.GetLastError(), ErrorSerialReset);  // not even the last trailer could be written
-  port->writesFail = false;
+  port->failingWrites = 0;
   port->purgesFail = true;
   device.ResetDevice();
   EXPECT_EQ(device.GetLastError(), ErrorNone);  // nothing to resynchronise

@@ -1,4 +1,4 @@
-// A transport that answers each command as a script says, and keeps what was written as text.
+// A transport that answers each command as a script says, and keeps what happens on it as text.
 #ifndef ZRV_TESTS_SCRIPTED_TRANSPORT_H
 #define ZRV_TESTS_SCRIPTED_TRANSPORT_H
 
@@ -13,7 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ZRVDevice.h"
+#include "device/state.h"
 #include "tests/hex.h"
 
 namespace zrv::testing {
@@ -72,10 +72,15 @@ struct Script {
   std::map<uint8_t, Bytes> once;  // instead, the first time
   Bytes afterBlock = kAck;
   Bytes afterPurges;  // once the two purges of a resynchronisation are done
-  bool writesFail = false, purgesFail = false;
+  int failingWrites = 0;  // of the next ones
+  bool purgesFail = false, blockFails = false;
+  bool fills = true;  // what does not arrive, as a transport should
 
   std::deque<uint8_t> incoming;
-  std::string writes;           // joined by " | "
+  std::string writes;  // joined by " | "
+  // Everything, joined by " | ": what is written ("!" ahead of what fails), "3 in 2000" for three bytes waited for,
+  // "drain" for what is there at once, "line 1000", "purge", "pause 200", "open COM3 921600", "baud 460800", "close".
+  std::string events;
   std::vector<unsigned> waits;  // the time-outs of the reads that waited for all their bytes
   int purges = 0, mode = ZRVSerialIO::kWaitForAll;
   bool blockFollows = false;
@@ -85,17 +90,36 @@ class ScriptedTransport : public ZRVSerialIO, public Script {
  public:
   void Answer(uint8_t code, Bytes bytes) { answers[code] = std::move(bytes); }
   void Queue(const Bytes& bytes) { incoming.insert(incoming.end(), bytes.begin(), bytes.end()); }
+  void Note(const std::string& event) { events.append(events.empty() ? "" : " | ").append(event); }
   // What came since the last call.
   std::string TakeWrites() { return std::exchange(writes, {}); }
+  std::string TakeEvents() { return std::exchange(events, {}); }
   std::vector<unsigned> TakeWaits() { return std::exchange(waits, {}); }
 
+  int Open(const char* path, unsigned baudRate, unsigned, unsigned) override {
+    Note(std::string("open ").append(path).append(" ").append(std::to_string(baudRate)));
+    return kOk;
+  }
+  int Close() override {
+    Note("close");
+    return kOk;
+  }
+  void SetBaudRate(unsigned baudRate) override { Note(std::string("baud ").append(std::to_string(baudRate))); }
+
   int Write(const void* buffer, unsigned count, unsigned* written, unsigned timeoutMs) override {
-    EXPECT_EQ(timeoutMs, kInfinite);
-    if (writesFail) return kFailed;
+    EXPECT_EQ(timeoutMs, count == 1 && timeoutMs == 100 ? 100 : kInfinite);  // a discovery probe has 100 ms
     const std::span bytes(static_cast<const uint8_t*>(buffer), count);
+    const bool isBlock = std::exchange(blockFollows, false);
+    const bool fails = failingWrites > 0 || (isBlock && blockFails);
+    const std::string what = count > 100 ? std::to_string(count).append(" bytes") : ToHex(bytes);
+    Note(fails ? std::string("!").append(what) : what);
+    if (fails) {
+      failingWrites = std::max(failingWrites - 1, 0);
+      return kFailed;
+    }
     writes += (writes.empty() ? "" : " | ") + ToHex(bytes);
     if (written != nullptr) *written = count;
-    if (std::exchange(blockFollows, false)) {
+    if (isBlock) {
       Queue(afterBlock);
     } else if (count >= 6 && bytes[0] == 0xB5) {
       const auto first = once.extract(bytes[3]);
@@ -107,48 +131,73 @@ class ScriptedTransport : public ZRVSerialIO, public Script {
 
   int Read(void* buffer, unsigned count, unsigned* received, unsigned timeoutMs, int readMode) override {
     SetReadTimeoutMode(readMode);
-    if (mode == kWaitForAll) waits.push_back(timeoutMs);
-    std::memset(buffer, 0xDC, count);
+    if (mode == kWaitForAll) {
+      waits.push_back(timeoutMs);
+      Note(std::to_string(count).append(" in ").append(std::to_string(timeoutMs)));
+    } else {
+      Note(timeoutMs == 0 && count == 131072 ? "drain" : std::to_string(count).append(" at once"));
+    }
+    return Take(buffer, count, received);
+  }
+
+  int ReadLine(char* buffer, char terminator, unsigned timeoutMs) override {
+    Note(std::string("line ").append(std::to_string(timeoutMs)));
+    waits.push_back(timeoutMs);
+    mode = kWaitForAll;
+    int status = kOk;
+    for (unsigned length = 0; length < 80; buffer[++length] = '\0') {
+      status = Take(&buffer[length], 1, nullptr);
+      if (status == kOk && buffer[length] != terminator) continue;
+      buffer[length] = '\0';
+      break;
+    }
+    return status;
+  }
+
+  void SetReadTimeoutMode(int readMode) override { mode = readMode != kKeepMode ? readMode : mode; }
+  int PurgeQueues() override {
+    Note("purge");
+    incoming.clear();
+    if (++purges % 2 == 0) Queue(afterPurges);
+    return purgesFail ? kFailed : kOk;
+  }
+
+ private:
+  int Take(void* buffer, unsigned count, unsigned* received) {
+    if (fills) std::memset(buffer, 0xDC, count);
     const auto moved = static_cast<unsigned>(std::min<size_t>(count, incoming.size()));
     std::copy_n(incoming.begin(), moved, static_cast<uint8_t*>(buffer));
     incoming.erase(incoming.begin(), incoming.begin() + moved);
     if (received != nullptr) *received = moved;
     return mode == kWaitForAll && moved < count ? kTimeout : kOk;
   }
-
-  void SetReadTimeoutMode(int readMode) override { mode = readMode != kKeepMode ? readMode : mode; }
-  int PurgeQueues() override {
-    incoming.clear();
-    if (++purges % 2 == 0) Queue(afterPurges);
-    return purgesFail ? kFailed : kOk;
-  }
 };
 
-// A test with a device that is connected to a script, nothing on the record. Connecting takes 200 ms, so the tests of
-// a program share the device: each begins with its record, stop values and colours read or set anew.
+// The device's pauses are events of the transport, and take no time.
+inline void NotePauses(ZRVDevice& device, ScriptedTransport& port) {
+  StateOf(device).link.machine.pause = [&port](std::chrono::milliseconds time) {
+    port.Note(std::string("pause ").append(std::to_string(time.count())));
+  };
+}
+
+// A test with a device that is connected to a script, nothing on the record.
 class Scripted : public ::testing::Test {
  protected:
-  Scripted() {
-    if (port == nullptr) Connect(kIdentification);
-    static_cast<Script&>(*port) = {};
-    ZRVDeviceParams params;
-    device.GetDeviceParams(&params);
-    device.StopDataStream();
-    device.SetRGBData(0xFFFFFFu, 0);
-    device.SetRGBGammas(1, 1, 1);
-    static_cast<Script&>(*port) = {};
-  }
+  Scripted() { Connect(kIdentification); }
 
   void Connect(const Bytes& identification) {
     port = new ScriptedTransport;
+    NotePauses(device, *port);
     port->Answer(0xE0, identification);
     device.ConnectDevice(port);
-    port->TakeWaits();
+    ASSERT_EQ(device.GetLastError(), ErrorNone);
+    static_cast<Script&>(*port) = {};
   }
 
-  // What a call writes; its waits are then on record too.
+  // What a call writes; its events and waits are then on record too.
   std::string Sent(const std::function<void()>& call) {
     port->TakeWrites();
+    port->TakeEvents();
     port->TakeWaits();
     call();
     return port->TakeWrites();
@@ -160,8 +209,8 @@ class Scripted : public ::testing::Test {
   }
   void SetMode(ZRVDataMode mode) { device.SetDeviceParam(ParamDataMode, static_cast<float>(mode)); }
 
-  static inline ZRVDevice device;
-  static inline ScriptedTransport* port = nullptr;  // the device's
+  ZRVDevice device;
+  ScriptedTransport* port = nullptr;  // the device's
 };
 
 }  // namespace zrv::testing
