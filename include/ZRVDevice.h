@@ -6,17 +6,17 @@
 //   device.StartDataStream(-1, false);                         // play without end
 //   if (device.GetLastError() != ErrorNone) ...
 //
-// Threads: none are made, and every call blocks until the controller answers or a time-out passes. Some
-// buffers are shared by all device objects: only one thread at a time may call into any device.
+// Threads: none are made, and every call blocks until the controller answers or a time-out passes. Devices share
+// nothing: one thread at a time may call into a device, and different threads into different devices. The
+// definitions file and the port directory are settings of the process, for one thread to make before.
 //
 // Errors: nothing throws. Each call leaves its outcome in the device's last error, read with
 // GetLastError(). Without a connection calls set ErrorNotConnected and return what their comment says. Any
 // command can end with ErrorSerialComm (written or acknowledged not at all, or too late) or
-// ErrorBadAcknowledge; the link is then resynchronised, and the next call starts clean
-// (ErrorSerialReset: that failed too). An answer that is cut short is ErrorDeviceResponse. For three seconds
-// after a failure, what has come too late is dropped before commands that are acknowledged.
-// docs/reliability.md has the longest time of each call. Values out of range are clamped silently unless a
-// comment says that they are refused.
+// ErrorBadAcknowledge; the link is then resynchronised (ErrorSerialReset: that failed too). An answer that is cut
+// short is ErrorDeviceResponse. Nothing is read ahead of a command: what comes too late for one call can cost the
+// next ones their outcome, two at most on a link that works again. docs/reliability.md has the longest time of
+// each call. Values out of range are clamped silently unless a comment says that they are refused.
 //
 // Ownership: arrays stay the caller's. Records returned by pointer are made with new and the caller's to
 // delete.
@@ -53,8 +53,8 @@ class ZRV_API ZRVDevice {
   // --- Finding and connecting ---------------------------------------------------------------------
 
   // Opens each serial port of the machine in turn and lists the controllers that answer, 12 at most. Call
-  // it while not connected: an open connection is closed first. About a second for each silent port.
-  // A null list: ErrorNotConnected.
+  // it while not connected: an open connection is closed first. About a second for each silent port, and up to
+  // three seconds more for a Bluetooth port (rfcomm) without a connection. A null list: ErrorNotConnected.
   void GetAvailableDevices(ZRVAvailableDevices* list);
   ZRVAvailableDevices* GetAvailableDevices();
 
@@ -70,10 +70,13 @@ class ZRV_API ZRVDevice {
   void ConnectDevice(const char* portName);
 
   // Connects through an opened transport. The device owns it from here on, also when connecting fails.
-  // Connecting while connected closes and destroys the old transport first.
+  // Connecting while connected closes and destroys the old transport first. A transport that does not override
+  // ZRVSerialIO::PurgeQueues works but for this: every resynchronisation reports ErrorSerialComm, so that the
+  // data mode, which takes one, never counts as set.
   void ConnectDevice(ZRVSerialIO* transport);
 
-  // Identifies the controller on the connected port, as connecting does.
+  // Identifies the controller on the connected port, as connecting does: resynchronises the link, sets data mode
+  // and sync mode to 0 and reads the whole record, up to twice. ParamsValid is 1 when that worked.
   ZRVDeviceParams* CheckConnectDevice();
 
   void DisconnectDevice();
@@ -88,23 +91,32 @@ class ZRV_API ZRVDevice {
 
   // --- Parameters -----------------------------------------------------------------------------------
 
-  // Reads the whole record. ParamsValid tells whether it arrived in full. Without a connection only the
-  // limits and ParamsValid (0) are filled in.
+  // Reads the whole record. ParamsValid tells whether it arrived in full. Fields that did not arrive stay as they
+  // were, in params and in the device's own record, the limits included; ErrorDeviceResponse then. Without a
+  // connection only the limits and ParamsValid (0) are filled in. A null record: ErrorNotConnected.
   void GetDeviceParams(ZRVDeviceParams* params);
   ZRVDeviceParams* GetDeviceParams();
 
-  // Applies what differs from the device's own record, skipping values of 1e8 and above (marks of "not
-  // given"). All fields are tried; the highest error code of them stays. Changed read-only fields:
-  // ErrorReadOnlyParam.
+  // Applies what differs from the device's own record, skipping values of 1e8 and above and NaN (marks of
+  // "not given"). All fields are tried; the highest error code of them stays. Changed read-only fields:
+  // ErrorReadOnlyParam. The name goes into the device's own record also when the controller refuses it. A null
+  // record: ErrorNotConnected.
   void SetDeviceParams(ZRVDeviceParams* params);
 
   // One parameter of the device's own record; ParamDeviceState is read from the controller. The axis (0 X,
   // else Y) is for ParamOutputOffsets. Unknown: 1e9 and ErrorInvalidParam.
   float GetDeviceParam(ZRVParam param, int axis = 0);
 
-  // Sets one parameter; nothing is sent when it has that value already, but for the output offsets and the data
-  // mode, which are sent always, and one whose last setting failed. value2 is Y of the output offsets. NaN, and a
-  // code that no unsigned integer holds: ErrorInvalidValue.
+  // Sets one parameter. Nothing is sent when the device's own record has that value already, but for the output
+  // offsets and the data mode, which are sent always. value2 is Y of the output offsets.
+  //
+  // An acknowledgement that is lost on its way back leaves the record untrue: the laser is on, the record says off,
+  // and switching it off sends nothing. After a failure, and to be safe before switching a laser off, read the
+  // parameters again first (GetDeviceParams), then set.
+  //
+  // Whole numbers are rounded, codes (axes, boot setting, modes) truncated and sent as they are, in two's complement;
+  // axes above 7 are ErrorInvalidValue, and so is NaN. Infinite values are clamped where a parameter has limits, else
+  // ErrorInvalidValue. ParamDataMode takes 200 ms, drops what has come in and resynchronises the link.
   void SetDeviceParam(ZRVParam param, float value1, float value2 = 0);
 
   // Refreshes the state word, and what is decoded from it, in the device's own record.
@@ -113,10 +125,12 @@ class ZRV_API ZRVDevice {
   // Refreshes XOffset and YOffset in the device's own record.
   void GetOutputOffsets();
 
-  // Delay of the hardware filter in samples, at most numSamples - 1; 0 when the filter is off.
+  // Delay of the hardware filter in samples, at most numSamples - 1 (numSamples 0: without a limit); 0 when the filter
+  // is off or its bandwidth is 0.
   unsigned int CalcHardwareFilterDelay(unsigned int numSamples) const;
 
-  // Renames the controller: 31 bytes at most, else ErrorInvalidValue.
+  // Renames the controller: 31 bytes at most, else ErrorInvalidValue. Nothing is sent when it has that name already.
+  // Then reads the whole record.
   void SetDeviceName(const char* name);
 
   // Sets the name that a controller falls back to. Without the access code nothing happens.
@@ -131,14 +145,17 @@ class ZRV_API ZRVDevice {
   //   x, y            positions, -1..1, clamped
   //   m               digital byte of each sample
   //   delaySamples    how much later the digital byte and colour go out than the position (circular);
-  //                   the hardware filter's delay is added
+  //                   the hardware filter's delay is added, but for data modes 7 and 8, whose output has no filter
   //   minimizeJump    begin the block at its sample nearest to where the output last stopped
-  // No more samples are sent than the controller holds. 0 samples or a null array: ErrorInvalidValue.
+  // No more samples are sent than the controller holds. 0 samples, a null array, or a controller that reports a
+  // capacity of 0: ErrorInvalidValue.
   void SendDataStream(float* x, float* y, unsigned char* m, unsigned int numSamples, unsigned int delaySamples,
                       bool minimizeJump);
 
-  // Plays the loaded block: repeat times (1..32), or without end when repeat is below 1. wait: blocks until
-  // the controller reports the end. Without a connection the last error stays untouched.
+  // Plays the loaded block: repeat times (1..32), or without end when repeat is below 1. wait: blocks until the
+  // controller reports the end, also when the command failed, for repeat * SampleBufferCapacity / SampleRate seconds
+  // and 2 s at most, however short the block (ErrorSerialComm then). Without end there is nothing to wait for.
+  // Without a connection nothing happens, and the last error stays untouched.
   void StartDataStream(int repeat, bool wait);
 
   // Ends playback and reads back where the output stopped, for the four calls below. On a lost answer
@@ -180,7 +197,7 @@ class ZRV_API ZRVDevice {
   //
   // Two inputs, AI0 and AI1, of about -10..10 V, and a photodetector of 0..2. Arrays hold numSamples entries; a
   // null array is left out, what it would have held is dropped. Answer bytes that do not arrive read as the
-  // filler 0xDC, which is 7.25 V.
+  // filler 0xDC, which is 7.25 V; with a transport of the caller's that does not fill, as what came before.
 
   // One reading in volts: channel 0 is AI0, any other AI1. Without a connection -1e9. An answer that does
   // not come sets no error of its own: the last error stays that of the command.
@@ -247,8 +264,9 @@ class ZRV_API ZRVDevice {
   void SaveDeviceParams(const char* fileName, ZRVDeviceParams* params);
 
   // Fills a record from a file; SetDeviceParams then applies it. A field that the file does not give becomes 1e9,
-  // which SetDeviceParams skips, and so do the fields that are saved but never loaded: the names, the baud rate,
-  // the filter flag, the state and error words. No file gives no field. A null record: ErrorNotConnected.
+  // which SetDeviceParams skips. No file gives no field. Of what is saved, never loaded are: the names, which
+  // become empty; the baud rate, the highest voltage, the filter flag, the state and error words, which become 1e9; the
+  // Bluetooth address, which stays as it is, like the output format and the limits. A null record: ErrorNotConnected.
   void LoadDeviceParams(ZRVDeviceParams* params, const char* fileName);
 
   // The value of one key of a file, defaultValue when it has none. Of doubled keys the first counts. A name

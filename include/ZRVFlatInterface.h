@@ -17,17 +17,19 @@
  *               then; no other function looks at its handle: a null or deleted one is the caller's error.
  *   Errors      Nothing returns an error and nothing throws. Call ZRVGetLastError after each call; the codes
  *               are in ZRVDefinitions.h. Without a connection: ErrorNotConnected. The link may also fail at
- *               any time with ErrorSerialComm, ErrorBadAcknowledge or ErrorDeviceResponse; it is put in order
- *               by itself, and the next call starts clean (ErrorSerialReset: that failed too). Should memory run
- *               out within a call, it returns zeros.
+ *               any time with ErrorSerialComm or ErrorBadAcknowledge, after which it is resynchronised
+ *               (ErrorSerialReset: that failed too), or with ErrorDeviceResponse. What comes too late for one
+ *               call can cost the next ones their outcome, two at most on a link that works again. Should memory
+ *               run out within a call, it returns zeros.
  *   Arrays      are the caller's, read or filled during the call and never kept. Their sizes are not known
  *               here: each must hold as many elements as the call says.
  *   Records     travel by value and whole, as the plain structs of ZRVDefinitions.h; settings of generators by
  *               pointer.
  *   Texts       given are only read and may be freed after the call.
  *   bool        is one byte, 0 or 1 (in Python ctypes.c_bool). Enumerations are 32-bit unsigned integers.
- *   Threads     one at a time may call, for all devices together. Calls block until the controller answers or
- *               a time-out passes, mostly two seconds.
+ *   Threads     one at a time may call with a handle, different ones with different handles. The definitions
+ *               file and the port directory are for one thread to set before. Calls block until the controller
+ *               answers or a time-out passes, mostly two seconds.
  *   Values      out of range are clamped silently unless said otherwise.
  */
 #ifndef ZRV_FLAT_INTERFACE_H
@@ -66,8 +68,8 @@ ZRV_API void ZRVFreeText(char* text);
 /* ---- Finding and connecting ---------------------------------------------------------------------- */
 
 /* Opens each serial port of the machine in turn and lists the controllers that answer, 12 at most: entries
- * 0..NumDevices-1 are filled. Takes about a second for each port that stays silent. An open connection is
- * closed first. */
+ * 0..NumDevices-1 are filled. Takes about a second for each port that stays silent, and up to three seconds more
+ * for a Bluetooth port (rfcomm) without a connection. An open connection is closed first. */
 ZRV_API ZRVAvailableDevicesStruct ZRVGetAvailableDevices(ZRVDevice* device);
 
 /* Prints a list to standard output, a line a controller. */
@@ -83,7 +85,8 @@ ZRV_API void ZRVSetPortDirectory(const char* directory);
 ZRV_API void ZRVConnectDevice(ZRVDevice* device, const char* portName);
 
 /* Connects through an opened transport, an object of a C++ class derived from ZRVSerialIO. The device owns it from
- * here on, also when connecting fails. */
+ * here on, also when connecting fails. When it does not override PurgeQueues, every resynchronisation reports
+ * ErrorSerialComm, and the data mode cannot be set. */
 ZRV_API void ZRVConnectDeviceSocket(ZRVDevice* device, ZRVSerialIO* transport);
 
 /* Connects to the first controller found; none: ErrorNoDeviceFound. */
@@ -97,7 +100,8 @@ ZRV_API bool ZRVIsDeviceConnected(ZRVDevice* device);
 /* Asks the controller for an acknowledgement. A failure does not put the link in order. */
 ZRV_API bool ZRVIsDeviceResponding(ZRVDevice* device);
 
-/* Identifies the controller anew, as connecting does; ParamsValid is 1 when all of the answer arrived. */
+/* Identifies the controller anew, as connecting does: resynchronises the link, sets data mode and sync mode to 0 and
+ * reads the whole record, up to twice. ParamsValid is 1 when all of it arrived. */
 ZRV_API ZRVDeviceParamsStruct ZRVCheckConnectDevice(ZRVDevice* device);
 
 /* ---- The link ------------------------------------------------------------------------------------ */
@@ -112,11 +116,14 @@ ZRV_API void ZRVResetDevice(ZRVDevice* device);
 
 /* ---- Parameters ---------------------------------------------------------------------------------- */
 
-/* The controller's whole record, read anew; ParamsValid is 1 when all of it arrived. */
+/* The controller's whole record, read anew; ParamsValid is 1 when all of it arrived. Fields that did not arrive are 0
+ * here, and stay as they were in the device's own record; ErrorDeviceResponse then. Without a connection only the
+ * limits are given. */
 ZRV_API ZRVDeviceParamsStruct ZRVGetDeviceParams(ZRVDevice* device);
 
-/* Applies the fields that differ from what the device has; 1e8 and above means "leave as it is". All are
- * tried; the highest error code stays. Changed read-only fields: ErrorReadOnlyParam. */
+/* Applies the fields that differ from the device's own record; 1e8 and above and NaN mean "leave as it is". All are
+ * tried; the highest error code stays. Changed read-only fields: ErrorReadOnlyParam. The name goes into the
+ * device's own record also when the controller refuses it. */
 ZRV_API void ZRVSetDeviceParams(ZRVDevice* device, ZRVDeviceParamsStruct params);
 
 /* One parameter as it was last read or set (ParamDeviceState is asked for). Of ParamOutputOffsets only X can be
@@ -126,26 +133,36 @@ ZRV_API float ZRVGetDeviceParam(ZRVDevice* device, ZRVParam param);
 /* The same with a choice of axis: 0 is X, any other Y. Only ParamOutputOffsets has two. */
 ZRV_API float ZRVGetDeviceParamAxis(ZRVDevice* device, ZRVParam param, int axis);
 
-/* Sets one parameter; nothing is sent when it has that value already, but for the output offsets and the data
- * mode, which are sent always, and one whose last setting failed. value2 is Y of ParamOutputOffsets, else unused.
- * NaN, and a code that no unsigned integer holds: ErrorInvalidValue. */
+/* Sets one parameter. Nothing is sent when the device's own record has that value already, but for the output offsets
+ * and the data mode, which are sent always. value2 is Y of ParamOutputOffsets, else unused.
+ *
+ * An acknowledgement that is lost on its way back leaves the record untrue: the laser is on, the record says off, and
+ * switching it off sends nothing. After a failure, and to be safe before switching a laser off, read the parameters
+ * again first (ZRVGetDeviceParams), then set.
+ *
+ * Whole numbers are rounded, codes (axes, boot setting, modes) truncated and sent as they are, in two's complement;
+ * axes above 7 are ErrorInvalidValue, and so is NaN. Infinite values are clamped where a parameter has limits, else
+ * ErrorInvalidValue. ParamDataMode takes 200 ms, drops what has come in and resynchronises the link. */
 ZRV_API void ZRVSetDeviceParam(ZRVDevice* device, ZRVParam param, float value1, float value2);
 
 /* Ask the controller for its state word, or its output offsets, and keep them in the device's record. */
 ZRV_API void ZRVGetDeviceState(ZRVDevice* device);
 ZRV_API void ZRVGetOutputOffsets(ZRVDevice* device);
 
-/* Delay of the hardware filter in samples, at most numSamples - 1; 0 when the filter is off. */
+/* Delay of the hardware filter in samples, at most numSamples - 1 (numSamples 0: without a limit); 0 when the filter is
+ * off or its bandwidth is 0. */
 ZRV_API unsigned int ZRVCalcHardwareFilterDelay(ZRVDevice* device, unsigned int numSamples);
 
-/* Renames the controller: 31 bytes at most, else ErrorInvalidValue. */
+/* Renames the controller: 31 bytes at most, else ErrorInvalidValue. Nothing is sent when it has that name already. Then
+ * reads the whole record. */
 ZRV_API void ZRVSetDeviceName(ZRVDevice* device, const char* name);
 
 /* Sets the name that a controller falls back to. Without the access code nothing happens. */
 ZRV_API void ZRVSetDefaultDeviceName(ZRVDevice* device, const char* name, const char* accessCode);
 
-/* Reads a parameter file and applies it at once. Fields that it does not give stay as they are. Enumerations
- * need the file ZRVDefinitions.h in the working directory; without it they too stay as they are. */
+/* Reads a parameter file and applies it at once. Fields that it does not give stay as they are, and so do those that
+ * are saved but never loaded: names, Bluetooth address, baud rate, highest voltage, filter flag, state and error
+ * words. Enumerations need the file ZRVDefinitions.h in the working directory; without it they too stay as they are. */
 ZRV_API void ZRVLoadDeviceParams(ZRVDevice* device, const char* fileName);
 
 /* Writes the device's record, as it was last read or set, to a parameter file. Enumerations are written by
@@ -174,14 +191,18 @@ ZRV_API void ZRVSaveToFlash(ZRVDevice* device, ZRVFlash what);
 /* Loads a block into the controller; playback goes on as it was.
  *   x, y           numSamples positions each, -1..1
  *   m              numSamples digital bytes
- *   delaySamples   how much later the digital byte goes out than the position (circular)
+ *   delaySamples   how much later the digital byte and colour go out than the position (circular); the hardware
+ *                  filter's delay is added, but for data modes 7 and 8, whose output has no filter
  *   minimizeJump   begin the block at its sample nearest to where the output last stopped
- * No more than the controller holds are sent. 0 samples or a null array: ErrorInvalidValue. */
+ * No more than the controller holds are sent. 0 samples, a null array, or a controller that reports a capacity of 0:
+ * ErrorInvalidValue. */
 ZRV_API void ZRVSendDataStream(ZRVDevice* device, float* x, float* y, unsigned char* m, unsigned int numSamples,
                                unsigned int delaySamples, bool minimizeJump);
 
-/* Plays the block: repeat times (1..32), or without end when repeat is below 1. wait: returns at the end. Without a
- * connection the last error stays untouched. */
+/* Plays the block: repeat times (1..32), or without end when repeat is below 1. wait: returns when the controller
+ * reports the end, also when the command failed, after repeat * SampleBufferCapacity / SampleRate seconds and 2 s at
+ * most, however short the block (ErrorSerialComm then). Without end there is nothing to wait for. Without a connection
+ * nothing happens, and the last error stays untouched. */
 ZRV_API void ZRVStartDataStream(ZRVDevice* device, int repeat, bool wait);
 
 /* Ends playback and reads back where the output stopped, for the four calls below. */
@@ -223,7 +244,8 @@ ZRV_API float ZRVGetAnalogInputValue(ZRVDevice* device, unsigned int channel);
 /* One reading, 0..2. Without a connection -1e9. */
 ZRV_API float ZRVGetPhotoDetectorValue(ZRVDevice* device);
 
-/* Captures numSamples pairs at the sample rate, in volts. A null array is left out. */
+/* Captures numSamples pairs at the sample rate, in volts. A null array is left out. Without a connection every entry is
+ * -1e9; what does not arrive reads as 7.25, without an error of its own. */
 ZRV_API void ZRVGetAnalogInputBuffer(ZRVDevice* device, float* ai0, float* ai1, unsigned int numSamples);
 
 /* Receives pairs that the controller sends by itself in data modes 6 (volts), 7 (volts, counts) and 8 (-1..1), and

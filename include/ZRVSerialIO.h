@@ -79,7 +79,8 @@ class ZRV_API ZRVSerialIO {
   static void SetPortDirectory(const char* directory);
 
   // What Purge() calls: empties the driver's queues of the port that this class opened. A derived
-  // transport overrides it, so that purging works there too.
+  // transport overrides it, so that purging works there too. One that does not makes every resynchronisation of a
+  // device end with ErrorSerialComm, and the data modes cannot be set.
   virtual int PurgeQueues();
 
  private:

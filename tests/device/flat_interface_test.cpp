@@ -22,7 +22,10 @@ struct ThrowingTransport : ScriptedTransport {
 
 class FlatInterface : public ::testing::Test {
  protected:
-  FlatInterface() : device(ZRVCreateDevice()), port(new ThrowingTransport) { ZRVConnectDeviceSocket(device, port); }
+  FlatInterface() : device(ZRVCreateDevice()), port(new ThrowingTransport) {
+    SkipPauses(*device);
+    ZRVConnectDeviceSocket(device, port);
+  }
   ~FlatInterface() override { ZRVDeleteDevice(device); }
 
   ZRVDevice* device;

@@ -180,6 +180,10 @@ inline void NotePauses(ZRVDevice& device, ScriptedTransport& port) {
   };
 }
 
+inline void SkipPauses(ZRVDevice& device) {
+  StateOf(device).link.machine.pause = [](std::chrono::milliseconds) {};
+}
+
 // A test with a device that is connected to a script, nothing on the record.
 class Scripted : public ::testing::Test {
  protected:

@@ -170,29 +170,6 @@ TEST_F(Stream, ColourFormatsUseTheTableAndItsGammas) {
             "B5 B0 2B B1 09 0C 00 00 0A | B5 B0 2B B2 06 0A | 7F F0 00 FF 00 00 7F F0 00 FF 40 B4");
 }
 
-TEST_F(Stream, AnUnknownFormatSendsWhatTheAreaHolds) {
-  SetState(0xA000);
-  const std::string writes = SentBlock(x, y, 2, 0, false);
-  EXPECT_EQ(writes.substr(0, 49 + 8), "B5 B0 2B B1 09 0A 00 00 0A | B5 B0 2B B2 06 0A | 0A 00 00");
-  EXPECT_EQ(writes.size(), 49u + 10 * 3 - 1);
-}
-
-TEST_F(Stream, StartVariantsAndTheWaitForTheEnd) {
-  const std::tuple<int, bool, const char*, std::vector<unsigned>> kCases[] = {
-      {0, true, "B5 B0 2B F1 06 0A", {2000}},
-      {-7, false, "B5 B0 2B F1 06 0A", {2000}},
-      {100, false, "B5 B0 2B F5 07 20 0A", {2000}},
-      {2, true, "B5 B0 2B F3 07 02 0A", {2000, 2 * 1000 * 30000 / 20000 + 2000}}};
-  for (const auto& [repeat, wait, wire, waits] : kCases) {
-    EXPECT_EQ(Sent([&, r = repeat, w = wait] { device.StartDataStream(r, w); }), wire);
-    EXPECT_EQ(port->TakeWaits(), waits) << wire;
-    EXPECT_EQ(device.GetLastError(), ErrorNone) << wire;
-  }
-  port->Answer(0xF3, kAck + Bytes{0xB5, 0xB0, 0x2B});
-  device.StartDataStream(1, true);
-  EXPECT_EQ(device.GetLastError(), ErrorSerialComm);
-}
-
 TEST_F(Stream, StopValues) {
   const auto stopped = [&](const Bytes& answer) {
     port->Answer(0xF2, answer);

@@ -1,54 +1,8 @@
-// Faults of the acknowledgement, resynchronisation, answers cut short, and calls without a port.
+// Calls without a port, and the state word.
 #include "tests/device/scripted_transport.h"
 
 namespace zrv::testing {
 namespace {
-
-class Frames : public Scripted {};
-
-TEST_F(Frames, AcknowledgementFaultsResynchroniseAndTheNextCommandWorks) {
-  const std::string reset = "B5 B0 2B EE 06 0A";
-  const std::pair<Bytes, ZRVError> kCases[] = {{{0xB5, 0xB0}, ErrorSerialComm},
-                                               {{0xB5, 0xB0, 0x0B}, ErrorBadAcknowledge}};
-  for (const auto& [answer, error] : kCases) {
-    SCOPED_TRACE(ToHex(answer));
-    port->once[0xEE] = answer;
-    EXPECT_EQ(Sent([&] { device.ResetDevice(); }), reset + " | " + kResync);
-    EXPECT_EQ(device.GetLastError(), error);
-    EXPECT_EQ(Sent([&] { device.ResetDevice(); }), reset);
-    EXPECT_EQ(device.GetLastError(), ErrorNone);
-    port->Answer(0xE3, answer);  // a poll that never resynchronises
-    EXPECT_EQ(Sent([&] { EXPECT_FALSE(device.IsDeviceResponding()); }), "B5 B0 2B E3 06 0A");
-    EXPECT_EQ(device.GetLastError(), error);
-    device.SendSerialReset();
-  }
-}
-
-TEST_F(Frames, FailingWritesAndPurges) {
-  port->failingWrites = 6;
-  device.ResetDevice();
-  EXPECT_EQ(device.GetLastError(), ErrorSerialReset);  // not even the last trailer could be written
-  port->failingWrites = 0;
-  port->purgesFail = true;
-  device.ResetDevice();
-  EXPECT_EQ(device.GetLastError(), ErrorNone);  // nothing to resynchronise
-  device.SendSerialReset();
-  EXPECT_EQ(device.GetLastError(), ErrorSerialComm);
-}
-
-TEST_F(Frames, AStateAnswerCountsEvenAfterABadAcknowledgement) {
-  port->Answer(0xF4, {0xB5, 0xB0, 0x0B});
-  port->afterPurges = LE16(0x6107);  // the resynchronisation purges what is queued; this comes after it
-  EXPECT_TRUE(device.IsDeviceRunning());
-  EXPECT_EQ(device.GetLastError(), ErrorNone);
-  EXPECT_EQ(device.GetDeviceParam(ParamSyncMode), 3.0f);   // 0x6107: bits 1..4
-  EXPECT_EQ(device.GetDeviceParam(ParamSyncState), 3.0f);  // bits 13..15
-  for (const uint16_t word : {uint16_t{0x100}, uint16_t{0x1000}}) {
-    SetState(word);
-    EXPECT_EQ(device.IsTrackingSupported(), word == 0x1000);
-    EXPECT_FALSE(device.IsDeviceRunning());
-  }
-}
 
 #define CALL(call) {#call, [&] { call; }}
 
@@ -105,6 +59,17 @@ TEST(Unconnected, EveryCallSaysSo) {
   EXPECT_EQ(device.GetDeviceParam(ParamSampleRate), 10000.0f);
   EXPECT_EQ(std::tuple(x[0], x[1], y[0], y[1], first, second), std::tuple(-1e9f, 123, -1e9f, 123, 1, 2));
   EXPECT_EQ(std::tuple(track.TrackingSupported, track.Threshold, status.Valid), std::tuple(false, 1.0f, false));
+}
+
+TEST_F(Scripted, TheStateWordIsDecoded) {
+  for (const unsigned word : {0x6107u, 0x1000u, 0x0100u, 0xE01Eu}) {
+    SetState(static_cast<uint16_t>(word));
+    EXPECT_EQ(device.GetDeviceParam(ParamSyncMode), static_cast<float>(word >> 1 & 15)) << word;
+    EXPECT_EQ(device.GetDeviceParam(ParamSyncState), static_cast<float>(word >> 13)) << word;
+    EXPECT_EQ(device.IsTrackingSupported(), word == 0x1000) << word;
+    EXPECT_EQ(device.IsDeviceRunning(), word == 0x6107) << word;
+    EXPECT_EQ(device.CalcHardwareFilterDelay(100) > 0, (word & 0x100) != 0) << word;
+  }
 }
 
 }  // namespace
