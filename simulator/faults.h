@@ -68,6 +68,7 @@ class Faults {
   uint64_t randomFaults() const { return drawn_; }
   bool silent() const { return silent_; }
   bool deaf() const { return received_ >= deafFrom_; }
+  uint64_t takes() const { return deaf() ? 0 : deafFrom_ - received_; }  // so many more bytes from the host
   bool linkCut() const { return cut_; }
   const std::optional<Chatter>& chatter() const { return chatter_; }
 

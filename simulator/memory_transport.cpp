@@ -10,6 +10,7 @@ namespace zrv::sim {
 namespace {
 constexpr int kFiller = 0xDC;
 constexpr unsigned int kMaxLine = 80;
+constexpr double kStalledWriteSeconds = 5;
 }  // namespace
 
 MemoryTransport::MemoryTransport(std::shared_ptr<Controller> controller, std::shared_ptr<Clock> clock)
@@ -39,13 +40,25 @@ void MemoryTransport::SetReadTimeoutMode(int mode) {
   if (mode == kReturnAtOnce || mode == kWaitForAll) mode_ = mode;
 }
 
-int MemoryTransport::Write(const void* buffer, unsigned int count, unsigned int* written, unsigned int) {
+int MemoryTransport::Write(const void* buffer, unsigned int count, unsigned int* written, unsigned int timeoutMs) {
   if (written) *written = 0;
   if (!open_) return kNotOpen;
   if (controller_->faults().linkCut()) return kFailed;
-  if (count > 0) controller_->Receive({static_cast<const uint8_t*>(buffer), count}, clock_->Now());
-  if (written) *written = count;
-  return kOk;
+  const auto* bytes = static_cast<const uint8_t*>(buffer);
+  onLine_.insert(onLine_.end(), bytes, bytes + count);
+  Deliver();
+  const size_t surplus = onLine_.size() - std::min(onLine_.size(), kLineBytes);
+  onLine_.resize(onLine_.size() - surplus);
+  if (written) *written = count - static_cast<unsigned int>(surplus);
+  if (surplus == 0) return kOk;
+  clock_->WaitUntil(clock_->Now() + std::min(timeoutMs / 1000.0, kStalledWriteSeconds));
+  return kTimeout;
+}
+
+void MemoryTransport::Deliver() {
+  const auto taken = static_cast<size_t>(std::min<uint64_t>(onLine_.size(), controller_->faults().takes()));
+  controller_->Receive(std::span(onLine_).first(taken), clock_->Now());
+  onLine_.erase(onLine_.begin(), onLine_.begin() + static_cast<std::ptrdiff_t>(taken));
 }
 
 // Lets time pass until the controller may have sent something; false when the deadline is reached.
@@ -67,6 +80,7 @@ int MemoryTransport::Read(void* buffer, unsigned int count, unsigned int* receiv
   const std::span bytes(static_cast<uint8_t*>(buffer), count);
   size_t got = 0;
   bool waiting = true;
+  Deliver();
   while (true) {
     controller_->Advance(clock_->Now());
     got += controller_->Take(bytes.subspan(got));
@@ -99,6 +113,7 @@ int MemoryTransport::PurgeQueues() {
   if (controller_->faults().linkCut()) return kFailed;
   controller_->Advance(clock_->Now());
   controller_->DiscardDue();
+  onLine_.clear();
   return kOk;
 }
 

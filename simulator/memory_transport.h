@@ -11,7 +11,9 @@
 #ifndef ZRV_SIMULATOR_MEMORY_TRANSPORT_H
 #define ZRV_SIMULATOR_MEMORY_TRANSPORT_H
 
+#include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "ZRVSerialIO.h"
 #include "simulator/clock.h"
@@ -31,6 +33,8 @@ class MemoryTransport : public ZRVSerialIO {
   int Close() override;
   void SetBaudRate(unsigned int baudRate) override;
   void SetReadTimeoutMode(int mode) override;
+  // What a controller that stopped receiving does not take stays on the line; once that is full, a write ends with a
+  // time-out after 5 s at the latest, as on Linux.
   int Write(const void* buffer, unsigned int count, unsigned int* written, unsigned int timeoutMs) override;
   // Where the real port would wait for ever, because nothing more can come, this ends with a time-out.
   int Read(void* buffer, unsigned int count, unsigned int* received, unsigned int timeoutMs,
@@ -38,14 +42,21 @@ class MemoryTransport : public ZRVSerialIO {
   int ReadLine(char* buffer, char terminator, unsigned int timeoutMs) override;
   int PurgeQueues() override;
 
+  // Has the line hold all it can.
+  void FillLine() { onLine_.resize(kLineBytes); }
+
   bool IsOpen() const { return open_; }
   unsigned int baudRate() const { return baudRate_; }
 
  private:
+  static constexpr size_t kLineBytes = 4096;
+
+  void Deliver();
   bool WaitForMore(double deadline);
 
   std::shared_ptr<Controller> controller_;
   std::shared_ptr<Clock> clock_;
+  std::vector<uint8_t> onLine_;  // written, not taken yet
   bool open_ = false;
   unsigned int baudRate_ = 0;
   int mode_ = kWaitForAll;

@@ -5,6 +5,8 @@
 #include <string_view>
 #include <tuple>
 
+#include "device/state.h"
+
 namespace zrv::reliability {
 
 namespace {
@@ -178,7 +180,7 @@ bool Tracks(Bench& b) { return b.device.IsTrackingSupported(); }
 constexpr unsigned kAck = 2000, kAnswer = 2000, kQuery = kAck + kAnswer;
 constexpr unsigned kRecord = kAck + 5 * 1000 + 19 * 50 + kAck;  // silent behind the first acknowledgement
 constexpr unsigned kCheck = 200 + kRecord + 100 + 200 + kAck;   // and again at the second attempt
-constexpr unsigned kMove = 5 * kAck;
+constexpr unsigned kMove = 5 * kAck + 2500 + 2000;              // once a capacity of 25000, and its end
 constexpr unsigned kSearch = 200 + 200 + 5 * 1000 + 19 * 50 + 200 + 100 + 200 + 200;
 constexpr unsigned kPlayWait = kAck + 2 * 2500 + 2000;          // twice a capacity of 25000 at 10000 a second
 
@@ -266,6 +268,8 @@ void FeedTracking(sim::Controller& controller) {
   controller.SetTrackTarget(sim::TrackTarget{});
   controller.SetTrackIntegrals(-2, 300);
 }
+
+bool RecordIsValid(ZRVDevice& device) { return StateOf(device).params.ParamsValid != 0; }
 
 const char* FirstFalseParam(ZRVDevice& device, const sim::Controller& controller) {
   const sim::Settings& s = controller.settings();

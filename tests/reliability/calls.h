@@ -44,6 +44,9 @@ std::span<const Call> Calls();
 sim::Options ControllerOptions();
 void FeedTracking(sim::Controller& controller);
 
+// Whether the device's own record is marked as valid.
+bool RecordIsValid(ZRVDevice& device);
+
 // The first parameter of the device's own record that the controller does not have so; null when there is none. Sends
 // nothing.
 const char* FirstFalseParam(ZRVDevice& device, const sim::Controller& controller);

@@ -1,13 +1,13 @@
 // What this process takes of the memory.
-#ifndef ZRV_TESTS_RELIABILITY_HEAP_H
-#define ZRV_TESTS_RELIABILITY_HEAP_H
+#ifndef ZRV_BENCH_HEAP_H
+#define ZRV_BENCH_HEAP_H
 
 #include <malloc.h>
 #include <unistd.h>
 
 #include <fstream>
 
-namespace zrv::reliability {
+namespace zrv::bench {
 
 inline size_t HeapBytes() {
   const auto heap = mallinfo2();
@@ -20,6 +20,6 @@ inline size_t ResidentKB() {
   return resident * static_cast<size_t>(sysconf(_SC_PAGESIZE)) / 1024;
 }
 
-}  // namespace zrv::reliability
+}  // namespace zrv::bench
 
 #endif

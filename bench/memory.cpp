@@ -22,9 +22,9 @@
 
 #include "ZRVDataGenerator.h"
 #include "ZRVDevice.h"
+#include "bench/heap.h"
 #include "common/files.h"
 #include "simulator/pseudo_terminal.h"
-#include "tests/reliability/heap.h"
 
 namespace {
 
@@ -49,7 +49,7 @@ void operator delete(void* memory, size_t) noexcept { operator delete(memory); }
 
 namespace {
 
-using namespace zrv::reliability;
+using namespace zrv::bench;
 using std::filesystem::path;
 
 constexpr unsigned kSamples = 50000;
@@ -128,7 +128,7 @@ bool MeasureDevice(int rounds) {
   const Use again = Measure([&] { PlayOnce(*device, port, a); });
   device.reset();
   std::printf("connect, send %u samples, play, stop, disconnect:\n", kBlock);
-  std::printf("  the first time, with a device   %8zu bytes at most, %ld kept (buffers that all devices share)\n",
+  std::printf("  the first time, with a device   %8zu bytes at most, %ld kept\n",
               first.peak, first.kept);
   std::printf("  again, with a device that is there %5zu bytes at most, %ld kept\n", again.peak, again.kept);
 
