@@ -137,6 +137,7 @@ class Session {
       if (Has(c, kStreams)) return faults.OnCommand(0xB5, FaultOf(c), static_cast<int>(c.byte));
       faults.AtByte(c.byte, FaultOf(c));
     });
+    if (c.kind == kChatter) place_->Wait(0.01);  // it is being talked at when the call begins
     if (c.kind == kStall && c.byte == 0 && !Has(c, kDisconnects)) place_->FillLine();
   }
 

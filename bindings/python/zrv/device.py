@@ -30,8 +30,8 @@ MOST_SENSOR_SAMPLES = 100000
 _POLL_SECONDS = 0.02
 _WHITE = 0xFFFFFF
 
-#: Held during every device call. The library serves one thread at a time, for all devices together; hold it around
-#: device calls through `zrv.raw`.
+#: Held during every device call: one thread at a time may call into a device. Hold it around device calls through
+#: `zrv.raw`.
 lock = RLock()
 
 
