@@ -47,6 +47,20 @@ static void make_circle(float* x, float* y, unsigned char* m) {
   }
 }
 
+/* The parameters are read first: had an acknowledgement been lost, the record might say off while the laser is on, and
+ * switching it off would send nothing. 1 when the laser may still be on. */
+static int switch_off(ZRVDevice* device) {
+  int tries;
+  for (tries = 0; tries < 3; tries++) {
+    const ZRVDeviceParamsStruct params = ZRVGetDeviceParams(device);
+    ZRVSetDeviceParam(device, ParamLaserModulationEnable, 0.0f, 0.0f);
+    if (params.ParamsValid && ZRVGetLastError(device) == ErrorNone) return 0;
+    ZRVSendSerialReset(device);
+  }
+  fprintf(stderr, "the controller does not answer: switch the laser off by hand\n");
+  return 1;
+}
+
 static int play(ZRVDevice* device) {
   static float x[NumSamples], y[NumSamples];
   static unsigned char m[NumSamples];
@@ -75,6 +89,7 @@ int main(int argc, char** argv) {
     const ZRVDeviceParamsStruct params = ZRVGetDeviceParams(device);
     printf("connected to %s, %u samples per second\n", params.DeviceName, params.SampleRate);
     status = play(device);
+    if (switch_off(device)) status = 1;
     ZRVDisconnectDevice(device);
   }
   ZRVDeleteDevice(device);

@@ -65,7 +65,6 @@ void PlayAndWait(ZRVDevice& device, const Pattern& pattern) {
   WatchPlaying(device, pattern, options);
   std::printf(StopRequested() ? "Interrupted\n" : "Played to the end\n");
   StopPlaying(device);
-  Check(device, "stop");
   std::printf("Stopped at x %.3f, y %.3f\n", static_cast<double>(device.GetXStop()),
               static_cast<double>(device.GetYStop()));
 }

@@ -73,9 +73,8 @@ void Info(const InfoCommand& command) {
 
 void Stop(const std::string& port) {
   ZRVDevice device;
-  Connect(device, port);
-  device.StopDataStream();
-  Check(device, "stop playing");
+  TryToConnect(device, port);
+  StopPlaying(device);
   std::printf("stopped at x %.4f, y %.4f; the laser is off\n", static_cast<double>(device.GetXStop()),
               static_cast<double>(device.GetYStop()));
 }
@@ -89,10 +88,12 @@ struct Target {
 void GoTo(const Target& target) {
   ZRVDevice device;
   Connect(device, target.port);
+  LaserGuard guard(device);
   device.SetDeviceParam(ParamMEMSDriverEnable, 1);
   Check(device, "switch on the mirror driver");
   device.GoToDevicePosition(target.x, target.y, static_cast<unsigned char>(target.digital), target.milliseconds);
   Check(device, "move the mirror");
+  guard.Release();
   std::printf("the mirror holds x %g, y %g\n", static_cast<double>(target.x), static_cast<double>(target.y));
 }
 

@@ -48,8 +48,10 @@ void Load(const FileCommand& command) {
   Check(device, "read the parameters");
   device.LoadDeviceParams(&params, command.file.c_str());
   Check(device, "read " + command.file);
+  LaserGuard guard(device);
   device.SetDeviceParams(&params);
   Check(device, "set the parameters of " + command.file);
+  guard.Release();
   std::printf("parameters of %s set\n", command.file.c_str());
 }
 

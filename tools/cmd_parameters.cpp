@@ -57,11 +57,13 @@ void Set(const ParameterCommand& command) {
   const float value = ValueOf(row, command.value);
   ZRVDevice device;
   ConnectAndRead(device, command.port);
+  LaserGuard guard(device);
   if (row.param == ParamOutputOffsets)
     SetOffset(device, row, value);
   else
     device.SetDeviceParam(row.param, value);
   Check(device, std::string("set ") + row.name + " to " + command.value);
+  guard.Release();
   std::printf("%s is now %s\n", row.name, Shown(row, Value(device, row)).c_str());
 }
 

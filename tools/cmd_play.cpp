@@ -25,29 +25,13 @@ const char* FormatNote(ZRVDevice& device, const Pattern& pattern) {
   return pattern.rgb.empty() || colours ? "" : "; its colours are left out, for the controller takes none";
 }
 
-// Stops the mirror whatever happens, unless it is to go on.
-class PlayGuard {
- public:
-  explicit PlayGuard(ZRVDevice& device) : device_(device) {}
-  ~PlayGuard() {
-    if (armed_) StopPlaying(device_);
-  }
-  PlayGuard(const PlayGuard&) = delete;
-  PlayGuard& operator=(const PlayGuard&) = delete;
-  void Release() { armed_ = false; }
-
- private:
-  ZRVDevice& device_;
-  bool armed_ = true;
-};
-
 void Play(const PatternChoice& choice, PlayCommand& command) {
   command.options.laser = !command.dark;
   const Pattern pattern = choice.Make();
   ZRVDevice device;
   Connect(device, command.port);
   CatchStopSignals();  // so far nothing has to be stopped
-  PlayGuard guard(device);
+  LaserGuard guard(device);
   StartPlaying(device, pattern, command.options);
   std::printf("playing %s: %s%s\n", choice.kind->name, Describe(pattern).c_str(), FormatNote(device, pattern));
   std::fflush(stdout);
@@ -59,7 +43,6 @@ void Play(const PatternChoice& choice, PlayCommand& command) {
   WatchPlaying(device, pattern, command.options);
   guard.Release();
   StopPlaying(device);
-  Check(device, "stop playing");
   std::printf("stopped\n");
 }
 

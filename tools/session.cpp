@@ -1,6 +1,9 @@
 #include "session.h"
 
+#include <algorithm>
+#include <chrono>
 #include <cstdio>
+#include <thread>
 #include <vector>
 
 #include "errors.h"
@@ -42,6 +45,34 @@ const ErrorText& TextOf(ZRVError error) {
     if (text.error == error) return text;
   static constexpr ErrorText kUnknown = {ErrorNone, "unknown error", "the library gave no reason", "Try again"};
   return kUnknown;
+}
+
+// Stops and switches off, and tries until it works: on a link that is sound again two calls fail at most. The parameters
+// are read first, for after an acknowledgement that was lost the record may say off while the laser is on, and switching
+// it off would send nothing. When they cannot be read, what may still help is sent all the same. Returns how the last
+// try ended.
+ZRVError StopAndSwitchOff(ZRVDevice& device) {
+  constexpr int kTries = 3;
+  constexpr std::chrono::milliseconds kUnderWay{50};
+  ZRVError worst = ErrorNone;
+  const auto note = [&] { worst = std::max(worst, device.GetLastError()); };
+  for (int tries = 1; tries <= kTries; ++tries) {
+    worst = ErrorNone;
+    device.StopDataStream();
+    note();
+    ZRVDeviceParams params;
+    device.GetDeviceParams(&params);
+    note();
+    for (const ZRVParam param : {ParamLaserModulationEnable, ParamDigitalOutputEnable}) {
+      if (params.ParamsValid == 0 && tries < kTries) break;
+      device.SetDeviceParam(param, 0);
+      note();
+    }
+    if (worst == ErrorNone) break;
+    std::this_thread::sleep_for(kUnderWay);  // what is under way for a call that failed comes, and is dropped
+    device.SendSerialReset();
+  }
+  return worst;
 }
 
 // The parameter as it is now: its value, or throws.
@@ -114,14 +145,21 @@ void Check(const ZRVDevice& device, const std::string& tried) {
   throw ToolError("could not " + tried + ": " + text.meaning + " (" + text.name + ").\n" + text.advice + ".");
 }
 
-void Connect(ZRVDevice& device, const std::string& port) {
+void TryToConnect(ZRVDevice& device, const std::string& port) {
   StatusLine status;
   status.Show(port == "auto" ? "looking for a controller ..." : "connecting to " + port + " ...");
   if (port == "auto")
     device.ConnectDevice();
   else
     device.ConnectDevice(port.c_str());
-  Check(device, port == "auto" ? "connect to a controller" : "connect to " + port);
+  if (!device.IsDeviceConnected()) Check(device, port == "auto" ? "connect to a controller" : "connect to " + port);
+}
+
+void Connect(ZRVDevice& device, const std::string& port) {
+  TryToConnect(device, port);
+  LaserGuard guard(device);
+  Check(device, "centre the mirror and switch the laser off");
+  guard.Release();
 }
 
 void StartPlaying(ZRVDevice& device, const Pattern& pattern, const PlayOptions& options) {
@@ -159,9 +197,20 @@ void WatchPlaying(ZRVDevice& device, const Pattern& pattern, const PlayOptions& 
 }
 
 void StopPlaying(ZRVDevice& device) {
-  device.StopDataStream();
-  device.SetDeviceParam(ParamLaserModulationEnable, 0);
-  device.SetDeviceParam(ParamDigitalOutputEnable, 0);
+  const ZRVError error = StopAndSwitchOff(device);
+  if (error == ErrorNone) return;
+  const ErrorText& text = TextOf(error);
+  throw ToolError(std::string("could not make sure that it stopped and the laser is off: ") + text.meaning + " (" +
+                  text.name + ").\nSwitch the laser off by hand; when the controller answers again: zrv stop PORT.");
+}
+
+LaserGuard::~LaserGuard() {
+  if (!armed_ || !device_.IsDeviceConnected()) return;
+  try {
+    StopPlaying(device_);
+  } catch (const ToolError& error) {
+    std::fprintf(stderr, "zrv: %s\n", error.what());
+  }
 }
 
 std::string Describe(const Pattern& pattern) {

@@ -15,7 +15,11 @@ const char* NameOf(ZRVError error);
 // Throws ToolError when the device's last call failed. tried completes "could not ...".
 void Check(const ZRVDevice& device, const std::string& tried);
 
-// Connects to the port, or to the first controller found when the name is "auto".
+// Connects to the port, or to the first controller found when the name is "auto". Throws when there is no controller;
+// what comes next may have failed: to centre the mirror and switch the laser off.
+void TryToConnect(ZRVDevice& device, const std::string& port);
+
+// The same, and throws then too.
 void Connect(ZRVDevice& device, const std::string& port);
 
 struct PlayOptions {
@@ -33,8 +37,22 @@ void StartPlaying(ZRVDevice& device, const Pattern& pattern, const PlayOptions& 
 // the controller is lost on the way.
 void WatchPlaying(ZRVDevice& device, const Pattern& pattern, const PlayOptions& options);
 
-// Stops and switches the laser off. Best effort: also used after failures.
+// Stops and switches the laser off. Throws, with what is left to do by hand, when that cannot be made sure of.
 void StopPlaying(ZRVDevice& device);
+
+// Has a command that lights or drives something leave the laser off, whatever happens, unless it ends well.
+class LaserGuard {
+ public:
+  explicit LaserGuard(ZRVDevice& device) : device_(device) {}
+  ~LaserGuard();
+  LaserGuard(const LaserGuard&) = delete;
+  LaserGuard& operator=(const LaserGuard&) = delete;
+  void Release() { armed_ = false; }
+
+ private:
+  ZRVDevice& device_;
+  bool armed_ = true;
+};
 
 // "2000 samples, 20000 samples/s, 0.1 s".
 std::string Describe(const Pattern& pattern);

@@ -1,10 +1,13 @@
 """Devices, against a simulated controller."""
 import os
+import pty
 import re
+import select
 import subprocess
 import sys
 import threading
 import time
+import tty
 from pathlib import Path
 
 import numpy as np
@@ -40,6 +43,8 @@ def test_lists_plays_and_stops(ports):
         assert device.is_running and 0 < device.samples_remaining <= 1000
         x, y, m, sample = device.stop()
         assert abs(np.hypot(x, y) - 0.5) < 0.05 and m == 255 and sample < 1000 and not device.is_running
+        assert not device.laser_modulation_enable
+        device.play(CIRCLE)
         assert device.laser_modulation_enable
         device.play(CIRCLE, laser=False)
         assert not device.laser_modulation_enable
@@ -64,8 +69,8 @@ def test_leaving_the_block_stops_and_switches_the_laser_off(ports):
         device.play(CIRCLE)
         calls.clear()
         raise KeyboardInterrupt
-    done = [call for call in calls if call[0] in ("ZRVStopDataStream", "ZRVSetDeviceParam")]
-    assert done == [("ZRVStopDataStream",), ("ZRVSetDeviceParam", zrv.Param.LASER_MODULATION_ENABLE, 0),
+    done = [call for call in calls if call[0] in ("ZRVStopDataStream", "ZRVGetDeviceParams", "ZRVSetDeviceParam")]
+    assert done == [("ZRVStopDataStream",), ("ZRVGetDeviceParams",), ("ZRVSetDeviceParam", zrv.Param.LASER_MODULATION_ENABLE, 0),
                     ("ZRVSetDeviceParam", zrv.Param.DIGITAL_OUTPUT_ENABLE, 0)]
 
 
@@ -146,3 +151,44 @@ def test_other_threads_may_call_while_one_waits(device):
         for worker in workers:
             step(worker)
     assert stopped and answers == [True] * 120
+
+
+class LossyPort:
+    """Joins a new pseudo-terminal to a port, and loses the first acknowledgement of one command."""
+
+    def __init__(self, port, lost):
+        self.sent, self.lost, self.losing = b"", lost, 0
+        self.near, end = pty.openpty()
+        self.far = os.open(port, os.O_RDWR | os.O_NOCTTY)
+        for line in (end, self.far):
+            tty.setraw(line)
+        self.path = os.ttyname(end)
+        threading.Thread(target=self._pass, daemon=True).start()
+
+    def _pass(self):
+        while True:
+            for line in select.select([self.near, self.far], [], [])[0]:
+                data = os.read(line, 4096)
+                if line == self.near:
+                    self.sent += data
+                    if self.lost and self.lost in self.sent:
+                        self.losing, self.lost = 3, None
+                    os.write(self.far, data)
+                else:
+                    data, self.losing = data[self.losing:], max(self.losing - len(data), 0)
+                    os.write(self.near, data)
+
+
+LASER_ON, LASER_OFF = (bytes([0xB5, 0xB0, 0x2B, code, 6, 10]) for code in (0xD9, 0xD8))
+
+
+@pytest.mark.parametrize("leave", [lambda device: device.stop(), lambda device: device.close()])
+def test_laser_is_off_when_the_acknowledgement_of_on_is_lost(ports, leave):
+    port = LossyPort(ports / "ttyUSB0", LASER_ON)
+    device = zrv.Device(port.path)
+    with pytest.raises(zrv.ZrvError, match="LASER_MODULATION"):
+        device.play(CIRCLE)
+    assert not device.laser_modulation_enable  # or so the record says
+    leave(device)
+    assert port.sent.index(LASER_OFF) > port.sent.index(LASER_ON)
+    device.close()

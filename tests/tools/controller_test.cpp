@@ -8,9 +8,12 @@
 
 #include "decoded_picture.h"
 #include "run_zrv.h"
+#include "simulator/pseudo_terminal.h"
 
 namespace zrvtool::test {
 namespace {
+
+namespace sim = zrv::sim;
 
 class WithSimulator : public testing::Test {
  protected:
@@ -115,6 +118,35 @@ TEST_F(WithSimulator, PulledAwayWhilePlayingSaysSoAtOnce) {
   EXPECT_EQ(outcome.status, 1) << outcome.output;
   EXPECT_NE(outcome.output.find("lost the controller while playing"), std::string::npos) << outcome.output;
   EXPECT_NE(outcome.output.find("(Error"), std::string::npos) << outcome.output;
+  EXPECT_NE(outcome.output.find("Switch the laser off by hand"), std::string::npos) << outcome.output;
+}
+
+// An acknowledgement that is lost on its way back: the laser is on, and its record says off.
+TEST(Laser, IsOffAfterEveryCommandThatLitItWhateverIsLost) {
+  const struct {
+    uint8_t code;  // whose acknowledgements are lost
+    const char* command;
+    const char* said;
+  } kCases[] = {
+      {0xD9, "play ttyUSB0 rose", "could not switch on the laser modulation"},
+      {0xD9, "set ttyUSB0 LaserModulationEnable on", "could not set LaserModulationEnable to on"},
+      {0xD9, "stop ttyUSB0", "the laser is off"},  // another program lit it
+      {0xD8, "stop ttyUSB0", "the laser is off"},
+      {0xD8, "goto ttyUSB0 0.5 0.5", "could not centre the mirror and switch the laser off"},
+  };
+  const Folder folder;
+  sim::PseudoTerminal terminal({}, {.portDirectory = folder.Path(), .portName = "ttyUSB0"});
+  for (const auto& c : kCases) {
+    terminal.Access([&](sim::Controller& controller) {
+      controller.faults().Clear();
+      controller.Receive(std::vector<uint8_t>{0xB5, 0xB0, 0x2B, 0xD9, 6, 0x0A}, 0);  // lit, and nobody knows
+      controller.faults().OnCommand(c.code, sim::Fault::Drop());
+    });
+    const Outcome outcome = Zrv("--port-dir " + folder.Path() + " " + c.command);
+    EXPECT_NE(outcome.output.find(c.said), std::string::npos) << c.command << "\n" << outcome.output;
+    EXPECT_FALSE(terminal.Access([](sim::Controller& controller) { return controller.settings().laserModulation; }))
+        << c.command;
+  }
 }
 
 TEST_F(WithSimulator, SavesAndLoadsItsParameters) {

@@ -1,7 +1,6 @@
 """Drives a controller."""
 from __future__ import annotations
 
-import contextlib
 import ctypes
 import os
 import time
@@ -28,6 +27,8 @@ MOST_STREAM_PAIRS = 125000
 WAITING_PAIRS = 32768  # what a stream read without a count may bring
 MOST_SENSOR_SAMPLES = 100000
 _POLL_SECONDS = 0.02
+_TRIES = 3
+_UNDER_WAY_SECONDS = 0.05
 _WHITE = 0xFFFFFF
 
 #: Held during every device call: one thread at a time may call into a device. Hold it around device calls through
@@ -109,7 +110,7 @@ class Device(Handle):
     port_directory  as set_port_directory
 
     Connecting centres the mirror and switches the laser modulation off. Leaving the `with` block, or close(), stops
-    playback, switches laser and outputs off and disconnects; detach() leaves the controller playing. Afterwards every
+    playback, switches laser and outputs off (as stop() does) and disconnects; detach() leaves the controller playing. Afterwards every
     use raises ZrvError, as does every call that fails. Calls block until the controller answers, mostly two seconds at
     most. Any thread may call; the calls of all devices take their turns.
 
@@ -189,15 +190,17 @@ class Device(Handle):
         self._freed()
 
     def close(self) -> None:
-        """Stops playback, switches laser modulation and outputs off, and disconnects for good. A link that is gone is
-        no error here. Nothing happens the second time."""
+        """Stops playback, switches laser modulation and outputs off, and disconnects for good. RuntimeWarning: the
+        controller does not answer, so that the laser may still be on. Nothing happens the second time."""
         with lock:
-            if self._freed.alive and self.is_connected:
-                with contextlib.suppress(ZrvError):
+            try:
+                if self._freed.alive and self.is_connected:
                     self.stop()
-                    self.laser_modulation_enable = False
-                    self.digital_output_enable = False
-            self._freed()
+            except ZrvError as error:
+                warnings.warn(f"could not make sure that the laser is off, switch it off by hand: {error}",
+                              RuntimeWarning, stacklevel=2)
+            finally:
+                self._freed()
 
     @property
     def is_connected(self) -> bool:
@@ -324,10 +327,28 @@ class Device(Handle):
         return True
 
     def stop(self) -> StopPoint:
-        """Ends playback and tells where the output stopped."""
+        """Ends playback, switches laser modulation and outputs off and tells where the output stopped. Tries until it
+        works: on a link that is sound again two calls fail at most."""
         with lock:
-            self._call("stop playing", "ZRVStopDataStream")
-            return StopPoint(*(self._run(f"ZRVGet{what}Stop") for what in "XYMI"))
+            for _ in range(_TRIES - 1):
+                try:
+                    return self._stop()
+                except ZrvError:
+                    time.sleep(_UNDER_WAY_SECONDS)  # what is under way for a call that failed comes, and is dropped
+                    self.reset_link()
+            try:
+                return self._stop()
+            except ZrvError:  # send what may still help all the same
+                self.configure(laser_modulation_enable=False, digital_output_enable=False)
+                raise
+
+    def _stop(self) -> StopPoint:
+        self._call("stop playing", "ZRVStopDataStream")
+        # After an acknowledgement that was lost the record may say off while the laser is on, and switching it off would
+        # send nothing: read it first.
+        self._call("read the parameters", "ZRVGetDeviceParams")
+        self.configure(laser_modulation_enable=False, digital_output_enable=False)
+        return StopPoint(*(self._run(f"ZRVGet{what}Stop") for what in "XYMI"))
 
     @property
     def is_running(self) -> bool:
