@@ -128,7 +128,7 @@ void Text(G& g, Input& in, const ZRVScanSettings& scan, size_t) {
   const unsigned length = in.Bool() ? 0 : static_cast<unsigned>(text.size());
   const ZRVTextSettings t = {text.c_str(), length, in.U8() % 2u, in.Float()};
   const unsigned keypoints = g.HersheyDataSize(text.data(), static_cast<unsigned>(text.size()), t.Font);
-  Check(g, t, scan, keypoints > 0 ? G::CurvesDataSize(scan, keypoints) : 0, &G::GenerateTextData);
+  Check(g, t, scan, keypoints > 0 ? g.CurvesDataSize(scan, keypoints) : 0, &G::GenerateTextData);
 }
 
 void Signal(G& g, Input& in, const ZRVScanSettings& scan, size_t) {
@@ -195,6 +195,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   g.SetupSoftwareFilter(in.U8() % 7, 1 + in.U8() % 6, 1000, 20000, true);
   const auto composite = kComposites[in.U8() % std::size(kComposites)];
   const ZRVScanSettings scan = Scan(in);
-  composite(g, in, scan, G::CurvesDataSize(scan));
+  composite(g, in, scan, g.CurvesDataSize(scan));
   return 0;
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "ZRVDataGenerator.h"
+#include "common/files.h"
 #include "generator/content.h"
 #include "generator/counts.h"
 #include "generator/timed_points.h"
@@ -13,19 +14,30 @@ namespace {
 using zrv::PointArrays;
 using zrv::ScanAssembly;
 
-// Loads the file, unless none is named, and says what it is; ImportByContent when it is nothing.
+// What the file holds, without touching what is loaded.
+ZRVImportFormat KindOf(const char* fileName) {
+  const auto bytes = zrv::ReadWholeFile(fileName);
+  if (!bytes) return ImportByContent;
+  if (zrv::DecodeIlda(*bytes).frameCount > 0) return ImportIlda;
+  zrv::PointFile points;
+  points.Read(zrv::AsText(*bytes), zrv::PointColumns::xymt);
+  if (points.Size() > 0) return ImportPointTimes;
+  points.Read(zrv::AsText(*bytes), zrv::PointColumns::xym);
+  return points.Size() > 0 ? ImportPoints : ImportByContent;
+}
+
+// Loads the file, unless none is named, and says what it is; ImportByContent when it is nothing of what is wanted.
 ZRVImportFormat Load(ZRVDataGenerator& generator, const ZRVImportSettings& file) {
   if (file.FileName == nullptr) return file.Format;
-  const auto isWanted = [&](ZRVImportFormat format) {
-    return file.Format == ImportByContent || file.Format == format;
-  };
-  if (isWanted(ImportIlda)) {
-    generator.LoadIldaFile(file.FileName);
-    if (generator.IldaNumFrames() > 0) return ImportIlda;
+  switch (file.Format == ImportByContent ? KindOf(file.FileName) : file.Format) {
+    case ImportIlda:
+      generator.LoadIldaFile(file.FileName);
+      return generator.IldaNumFrames() > 0 ? ImportIlda : ImportByContent;
+    case ImportPointTimes:
+      return generator.LoadPointTimeFile(file.FileName) > 0 ? ImportPointTimes : ImportByContent;
+    case ImportPoints: return generator.LoadPointFile(file.FileName) > 0 ? ImportPoints : ImportByContent;
+    default: return ImportByContent;
   }
-  if (isWanted(ImportPointTimes) && generator.LoadPointTimeFile(file.FileName) > 0) return ImportPointTimes;
-  if (isWanted(ImportPoints) && generator.LoadPointFile(file.FileName) > 0) return ImportPoints;
-  return ImportByContent;
 }
 
 std::vector<unsigned int> FramesOf(const ZRVDataGenerator& generator, const ZRVImportSettings& file) {
@@ -81,7 +93,8 @@ void ZRVDataGenerator::GenerateImportFileData(float* x, float* y, unsigned char*
   unsigned int rate = scan.SampleRate;
   switch (Load(*this, file)) {
     case ImportIlda:
-      if (rgb != nullptr && !content->ilda.red.empty()) assembly.CarryColours();
+      // Also when no colours are asked for: a corner where only the colour changes is a corner all the same.
+      if (!content->ilda.red.empty()) assembly.CarryColours();
       AddDrawing(assembly, *this, scan, file);
       break;
     case ImportPoints: AddPoints(assembly, *this, file.Keypoints, rate); break;

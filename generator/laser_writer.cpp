@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "ZRVDataGenerator.h"
@@ -52,8 +53,15 @@ std::optional<Rate> ChooseRate(size_t pixels, double lineDuration, int minSps, i
   return Rate{static_cast<unsigned>(sps), static_cast<size_t>(samples)};
 }
 
+// Of the field, mirrored where the first is the larger one.
 struct Limits {
   float xMin, xMax, yMin, yMax;
+
+  // Rounding must not leave them either.
+  void Keep(float& x, float& y) const {
+    x = std::clamp(x, std::min(xMin, xMax), std::max(xMin, xMax));
+    y = std::clamp(y, std::min(yMin, yMax), std::max(yMin, yMax));
+  }
 };
 
 // Where and how fast everything goes.
@@ -69,23 +77,27 @@ struct Geometry {
   }
 };
 
-// From rest to a speed of one step a sample takes run samples and half as many steps, so a line needs that
-// much room beyond each end (and one step beyond the last sample).
+// From rest to a speed of one step a sample takes run samples and half as many steps, so a line needs that much room
+// beyond each end (and one step beyond the last sample). For it the picture shrinks about the centre of the limits,
+// in both directions alike.
 Geometry Lay(const Image& image, const Rate& rate, double lineDuration, const Limits& limits) {
   Geometry g;
   const size_t samples = image.pixels * rate.samplesPerPixel, gaps = std::max<size_t>(samples - 1, 1);
   g.perPixel = rate.samplesPerPixel;
   g.run = std::min(std::max(kLeastRun, samples / kLineToRun), std::max<size_t>(gaps / 2, 1));
-  const float width = samples > 1 ? limits.xMax - limits.xMin : 0.0f;
   const float overrun = (static_cast<float>(g.run) / 2.0f + 1.0f) / static_cast<float>(gaps);
-  const float inset = std::min(std::abs(width) * overrun, 1.0f);
-  g.xFrom = std::clamp(limits.xMin, inset - 1.0f, 1.0f - inset);
-  const float xTo = std::clamp(limits.xMax, inset - 1.0f, 1.0f - inset);
-  g.step = samples > 1 ? (xTo - g.xFrom) / static_cast<float>(gaps) : 0.0f;
+  const float shrink = samples > 1 ? 1.0f / (1.0f + 2.0f * overrun) : 1.0f;
+  const auto lay = [shrink](float from, float to) {
+    const float centre = (from + to) / 2.0f, half = shrink * (to - from) / 2.0f;
+    return std::pair(centre - half, centre + half);
+  };
+  const auto [xFrom, xTo] = lay(limits.xMin, limits.xMax);
+  g.xFrom = xFrom;
+  g.step = samples > 1 ? (xTo - xFrom) / static_cast<float>(gaps) : 0.0f;
   g.runLength = g.step * static_cast<float>(g.run) / 2.0f;
 
-  g.yFrom = std::clamp(limits.yMin, -1.0f, 1.0f);
-  const float yTo = std::clamp(limits.yMax, -1.0f, 1.0f);
+  const auto [yFrom, yTo] = lay(limits.yMin, limits.yMax);
+  g.yFrom = yFrom;
   if (image.lines > 1) g.pitch = (yTo - g.yFrom) / static_cast<float>(image.lines - 1);
   g.span = std::max(std::abs(xTo - g.xFrom) + 2 * std::abs(g.runLength + g.step), std::abs(yTo - g.yFrom));
   const double flyback = std::ceil(rate.sps * std::min(lineDuration, kLongestFlyback));
@@ -121,13 +133,15 @@ class Path {
   Point End() const { return {x_.back(), y_.back()}; }
 
   // Appends the samples of the path to the outputs (if any) and goes on from its end.
-  void Flush(const Outputs& to, size_t& written) {
+  void Flush(const Outputs& to, const Limits& limits, size_t& written) {
+    const size_t first = written;
     if (to.Given()) {
       ZRVDataGenerator::LaserWriterInterpData(x_.data(), y_.data(), m_.data(), samples_.data(), speeds_.data(),
                                               to.x + written, to.y + written, to.m + written,
                                               static_cast<unsigned int>(x_.size()));
     }
     for (const unsigned int samples : samples_) written += samples;
+    for (size_t i = first; to.Given() && i < written; ++i) limits.Keep(to.x[i], to.y[i]);
     const Point end = End();
     x_.assign(1, end.x);
     y_.assign(1, end.y);
@@ -182,7 +196,8 @@ std::vector<size_t> LinesToWrite(const Image& image) {
   return lines;
 }
 
-unsigned int BurnImage(const Image& image, const Geometry& g, bool bidirectional, const Outputs& to) {
+unsigned int BurnImage(const Image& image, const Geometry& g, const Limits& limits, bool bidirectional,
+                       const Outputs& to) {
   const std::vector<size_t> lines = LinesToWrite(image);
   if (lines.empty()) return 0;
   const Point start = RunOf(image, g, lines.front(), false).Start(g);
@@ -192,10 +207,10 @@ unsigned int BurnImage(const Image& image, const Geometry& g, bool bidirectional
     const LineRun run = RunOf(image, g, lines[i], bidirectional && i % 2 == 1);
     if (i > 0) path.Jump(run.Start(g), g);
     Burn(image, g, run, path);
-    path.Flush(to, written);
+    path.Flush(to, limits, written);
   }
   path.Jump(start, g);
-  path.Flush(to, written);
+  path.Flush(to, limits, written);
   return static_cast<unsigned int>(written);
 }
 
@@ -249,8 +264,10 @@ unsigned int ZRVDataGenerator::LaserWriterDataStream(float* x, float* y, unsigne
   const auto rate = ChooseRate(image.pixels, static_cast<double>(lineDuration), minSps, maxSps);
   if (!rate) return 0;
 
-  const Geometry geometry = Lay(image, *rate, static_cast<double>(lineDuration), {xMin, xMax, yMin, yMax});
+  const auto inField = [](float limit) { return std::clamp(limit, -1.0f, 1.0f); };
+  const Limits limits = {inField(xMin), inField(xMax), inField(yMin), inField(yMax)};
+  const Geometry geometry = Lay(image, *rate, static_cast<double>(lineDuration), limits);
   if (MostSamples(image, geometry) > static_cast<double>(UINT32_MAX)) return 0;
   sps = rate->sps;
-  return BurnImage(image, geometry, bidirectional, to);
+  return BurnImage(image, geometry, limits, bidirectional, to);
 }

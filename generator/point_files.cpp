@@ -85,7 +85,7 @@ unsigned int ZRVDataGenerator::PointTimeFileDataStream(float* x, float* y, unsig
 
 void ZRVDataGenerator::ExportFile(const char* fileName, const float* x, const float* y, const unsigned char* m,
                                   unsigned int count, unsigned int sps) {
-  if (x == nullptr || y == nullptr || m == nullptr) return;
+  if (count > 0 && (x == nullptr || y == nullptr || m == nullptr)) return;
   std::string text;
   if (sps != 0) {
     text += "sps ";

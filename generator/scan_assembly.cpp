@@ -4,7 +4,9 @@
 #include <cmath>
 
 #include "ZRVDataGenerator.h"
+#include "generator/content.h"
 #include "generator/counts.h"
+#include "generator/timed_points.h"
 
 namespace zrv {
 namespace {
@@ -89,7 +91,7 @@ void ScanAssembly::Prepare(const PointArrays& path, Frame& frame, size_t keypoin
   // Cleaning closes a path by a dark way back.
   unsigned int n = generator_.OptimizeKeypoints(to.x, to.y, to.m, to.rgb, frame.size, scan_.KeypointBudget);
   if (scan_.Closing != ClosingBlank && to.ReturnsDarkly(n)) --n;
-  if (scan_.Closing != ClosingLeftOut) {
+  if (scan_.Closing != ClosingLeftOut && !to.IsClosed(n)) {
     n = generator_.CloseCurve(to.x, to.y, to.m, to.rgb, n, 1, scan_.Closing == ClosingRetrace);
   }
   to.From(n).Fill(1, to.From(n - 1));
@@ -238,9 +240,12 @@ void ScanAssembly::Deliver(const Outputs& to, unsigned int* rgb, unsigned int& n
 }  // namespace zrv
 
 unsigned int ZRVDataGenerator::CurvesDataSize(const ZRVScanSettings& scan, unsigned int numKeypoints,
-                                              unsigned int numFrames) {
-  const size_t closed = zrv::ClosedSize(std::max<size_t>(numKeypoints, zrv::kFewestExpected));
+                                              unsigned int numFrames) const {
+  const size_t keypoints = std::max<size_t>({numKeypoints, content->pointFile.Size(), zrv::kFewestExpected});
+  const size_t closed = zrv::ClosedSize(keypoints);
   const size_t frames = numFrames != 0 ? numFrames : zrv::AnimationFrames(scan);
-  const size_t frame = zrv::RoomFor(closed, zrv::SamplesPerFrame(scan.SampleRate, scan.RefreshRate));
+  const zrv::PointFile& timed = content->pointTimeFile;
+  const size_t frame = std::max(zrv::RoomFor(closed, zrv::SamplesPerFrame(scan.SampleRate, scan.RefreshRate)),
+                                zrv::RoomForTimedPoints(timed.t, zrv::HighestRate(scan, timed.sps)));
   return zrv::SaturatedCount(std::min<uint64_t>(zrv::kMostScanSamples, frames * frame));
 }

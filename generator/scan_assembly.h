@@ -2,6 +2,7 @@
 #ifndef ZRV_GENERATOR_SCAN_ASSEMBLY_H
 #define ZRV_GENERATOR_SCAN_ASSEMBLY_H
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -22,9 +23,10 @@ struct PointArrays {
   unsigned int* rgb;  // or null
 
   PointArrays From(size_t i) const { return {x + i, y + i, m + i, rgb != nullptr ? rgb + i : nullptr}; }
+  bool IsClosed(size_t count) const { return count > 1 && x[count - 1] == x[0] && y[count - 1] == y[0]; }
   // Whether the last of count keypoints is the way back to the first one, with the beam off.
   bool ReturnsDarkly(size_t count) const {
-    return count > 1 && m[count - 2] == 0 && x[count - 1] == x[0] && y[count - 1] == y[0];
+    return IsClosed(count) && m[count - 2] == 0;
   }
   void Fill(size_t count, const PointArrays& from) const;
 };
@@ -64,8 +66,10 @@ class ScanAssembly {
   template <typename Fill>
   void AddKeypoints(size_t room, Fill fill) {
     if (room > kMostScanSamples) return;
-    const unsigned int count = fill(scratch_.keypoints.Room(room, coloured_));
-    AddFrame(count);
+    const PointArrays keypoints = scratch_.keypoints.Room(room, coloured_);
+    // A glyph that is drawn backwards leaves its last byte to what follows: here it is lit, not what was there before.
+    std::fill_n(keypoints.m, room, static_cast<unsigned char>(255));
+    AddFrame(fill(keypoints));
   }
   // The same for several frames at once, of sizeOf(0), sizeOf(1) .. keypoints; empty ones are left out.
   template <typename Fill, typename SizeOf>

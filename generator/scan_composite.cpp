@@ -7,19 +7,19 @@
 #include "generator/timed_points.h"
 
 namespace zrv {
-namespace {
 
-// What PointToPointPattern may write; more than a scan holds when that cannot be counted.
-size_t RoomFor(const TimedPoints& points, unsigned int samplesPerSecond) {
+size_t RoomForTimedPoints(std::span<const float> dwellTimes, unsigned int samplesPerSecond) {
   double room = 0;
-  for (const float ms : points.dwellTimes) {
+  for (const float ms : dwellTimes) {
     room += 2.0 + std::max(0.0, static_cast<double>(samplesPerSecond) * static_cast<double>(ms) / 1000.0);
   }
-  room += static_cast<double>(points.dwellTimes.size());  // roundings of single precision
+  room += static_cast<double>(dwellTimes.size());  // roundings of single precision
   return room <= static_cast<double>(kMostScanSamples) ? static_cast<size_t>(room) : kMostScanSamples + 1;
 }
 
-}  // namespace
+unsigned int HighestRate(const ZRVScanSettings& scan, unsigned int rate) {
+  return rate != 0 ? rate : std::max(scan.SampleRateMin, scan.SampleRateMax);
+}
 
 int RateLimit(unsigned int samplesPerSecond) {
   return static_cast<int>(std::min<unsigned int>(samplesPerSecond, std::numeric_limits<int>::max()));
@@ -34,8 +34,7 @@ void TimedPoints::Resize(size_t count) {
 
 void AddTimedPoints(ScanAssembly& assembly, ZRVDataGenerator& generator, const ZRVScanSettings& scan,
                     const TimedPoints& points, unsigned int& rate) {
-  const unsigned int highest = rate != 0 ? rate : std::max(scan.SampleRateMin, scan.SampleRateMax);
-  assembly.AddSamples(RoomFor(points, highest), [&](const PointArrays& to) {
+  assembly.AddSamples(RoomForTimedPoints(points.dwellTimes, HighestRate(scan, rate)), [&](const PointArrays& to) {
     return generator.PointToPointPattern(to.x, to.y, to.m, points.x.data(), points.y.data(), points.m.data(),
                                          points.dwellTimes.data(), static_cast<int>(points.x.size()),
                                          points.transitionTime, rate, RateLimit(scan.SampleRateMin),

@@ -74,13 +74,14 @@ class ZRV_API ZRVDataGenerator {
   // the counts and the rate are 0 and nothing is written. The work is done in scratch that the object keeps for
   // the next call.
 
-  // Samples that the arrays must hold for these settings; never too small. For rasters and signals, and to the
-  // last sample, ask the generator itself with null arrays.
+  // Samples that the arrays must hold for these settings, and for the point file and the point-time file that are
+  // loaded; never too small. For rasters and signals, and to the last sample, ask the generator itself with null
+  // arrays.
   //   numKeypoints    of text (HersheyDataSize) or of the largest imported frame (IldaNumMaxPoints); 0: none, or a
   //                   clock with hands
   //   numFrames       of an imported drawing; 0: those of the animation
-  static unsigned int CurvesDataSize(const ZRVScanSettings& scan, unsigned int numKeypoints = 0,
-                                     unsigned int numFrames = 0);
+  unsigned int CurvesDataSize(const ZRVScanSettings& scan, unsigned int numKeypoints = 0,
+                              unsigned int numFrames = 0) const;
 
   void GenerateWaveformData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
                             const ZRVWaveformSettings& waveform, unsigned int& numSamples, unsigned int& numFrames);

@@ -20,6 +20,7 @@ struct Composite {
   std::function<Counts(float*, float*, unsigned char*, const ZRVScanSettings&)> make;
   unsigned int keypoints;   // as CurvesDataSize is told
   unsigned int frames = 0;  // of an imported drawing
+  unsigned int lines = 0;   // between keypoints, at most, once closed; 0: not said
 };
 
 class Composites : public ::testing::Test {
@@ -72,12 +73,13 @@ class Composites : public ::testing::Test {
             {"Lissajous", Made(&G::GenerateLissajousData, lissajous), 0},
             {"clock", Made(&G::GenerateClockData, clock), 0},
             {"digital clock", Made(&G::GenerateClockData, digital), g.HersheyDataSize("10 : 08 : 30", 12, 0)},
-            {"text", Made(&G::GenerateTextData, text), g.HersheyDataSize(text.Text, 5, 0)},
-            {"keypoints", Import(pointFile.Path(), true), 4},
+            {"text", Made(&G::GenerateTextData, text), g.HersheyDataSize(text.Text, 5, 0), 0,
+             2 * g.HersheyDataSize(text.Text, 5, 0) + 1},
+            {"keypoints", Import(pointFile.Path(), true), 0, 0, 2 * 4 + 1},
             {"drawing", Import(drawing.Path()), 3, 2},
-            {"points", Import(pointFile.Path()), 4},
+            {"points", Import(pointFile.Path()), 0},
+            {"point times", Import(timesFile.Path()), 0},
             // From here on the size is what the generator itself says.
-            {"point times", Import(timesFile.Path()), ~0u},
             {"signal", Made(&G::GenerateSignalData, signal), ~0u},
             {"raster", Made(&G::GenerateScanData, raster), ~0u},
             {"point to point", Made(&G::GenerateScanData, points), ~0u}};
@@ -118,9 +120,16 @@ TEST_F(Composites, KeepToTheArraysWhateverIsAsked) {
     for (const Composite& c : All()) {
       const Counts counted = c.make(nullptr, nullptr, nullptr, scan);
       if (c.keypoints != ~0u) {
-        EXPECT_LE(counted.samples, ZRVDataGenerator::CurvesDataSize(scan, c.keypoints, c.frames)) << c.name;
+        EXPECT_LE(counted.samples, g.CurvesDataSize(scan, c.keypoints, c.frames)) << c.name;
       }
       ASSERT_GT(counted.samples, 0u) << c.name;
+      if (c.lines != 0 && scan.KeypointBudget == 0) {
+        const int frame = static_cast<int>(static_cast<float>(scan.SampleRate) / scan.RefreshRate);
+        const int lines = static_cast<int>(c.lines), off = static_cast<int>(counted.samples / counted.frames) - frame;
+        const bool linear = scan.Profile == ProfileLinear;
+        EXPECT_GE(off, linear ? -lines - 1 : 0) << c.name << scan.Profile;
+        EXPECT_LE(off, frame > lines ? lines + linear : lines) << c.name << scan.Profile;
+      }
       Points exact(counted.samples + 1);
       scan.ArrayCapacity = counted.samples - 1;
       EXPECT_EQ(c.make(exact.x.data(), exact.y.data(), exact.m.data(), scan).samples, 0u) << c.name;
@@ -197,6 +206,53 @@ TEST_F(Composites, WaysOfClosing) {
   expect(ClosingLeftOut, 0.5f, 6);
   expect(ClosingBlank, 0, 10);
   expect(ClosingRetrace, 0, 6);
+
+  // One that ends lit where it began is not open: it is left as it is.
+  const TempFile square(std::string("0 0 255\n0.5 0 255\n0.5 0.5 255\n0 0.5 255\n0 0 255\n"));
+  std::vector<float> drawn[3];
+  for (const ZRVClosing closing : {ClosingLeftOut, ClosingBlank, ClosingRetrace}) {
+    scan.Closing = closing;
+    drawn[closing] = Head(to.x, Import(square.Path(), true)(to.x.data(), to.y.data(), to.m.data(), scan).samples);
+  }
+  EXPECT_GT(drawn[0].size(), 20u);
+  EXPECT_EQ(drawn[ClosingBlank], drawn[ClosingLeftOut]);
+  EXPECT_EQ(drawn[ClosingRetrace], drawn[ClosingLeftOut]);
+}
+
+// A glyph that is drawn backwards leaves its last byte unwritten; what that was before must not show. Glyph 14, drawn so,
+// is a closed triangle.
+TEST_F(Composites, ATextIsTheSameWhateverWasMadeBefore) {
+  Bytes font = Words({15, 0, 1, 4, 0, 0});
+  for (int i = 0; i < 14; ++i) font += Words({0, 0, 0, 0});
+  font += Words({4, 4, 0, 20, 0, 0, 1, 10, 10, 1, 20, 0, 1, 0, 0, 1, 0, 14, 0, 0});
+  g.LoadHersheyFile(TempFile(font).Path());
+  ZRVScanSettings scan;
+  scan.ArrayCapacity = 2000;
+  text.Text = "!";
+  Points first(2000), second(2000), other(2000);
+  unsigned int samples = 0, again = 0, frames = 0;
+  g.GenerateTextData(first.x.data(), first.y.data(), first.m.data(), scan, text, samples, frames);
+  EXPECT_EQ(first.With(0, samples), 0) << "the last stroke is lit";
+  const TempFile dark(std::string("0 0 255\n") + "0 0.1 0\n0 0.2 0\n0.1 0.3 0\n0 0.4 0\n0 0.5 0\n0 0.6 255\n");
+  Import(dark.Path(), true)(other.x.data(), other.y.data(), other.m.data(), scan);
+  g.GenerateTextData(second.x.data(), second.y.data(), second.m.data(), scan, text, again, frames);
+  EXPECT_EQ(Head(first.x, samples), Head(second.x, again));
+  EXPECT_EQ(Head(first.m, samples), Head(second.m, again));
+}
+
+// Also what a file of another kind is taken for, or of none, leaves it alone.
+TEST_F(Composites, ImportingByContentLeavesWhatWasLoadedOfOtherKinds) {
+  g.LoadIldaFile(drawing.Path());
+  g.LoadPointTimeFile(timesFile.Path());
+  const auto held = [&] { return std::tuple(g.IldaNumTotalPoints(), g.GetPointTimeFileSps()); };
+  const auto before = held();
+  const TempFile rated(std::string("sps 777\n0 0 1 1\n")), nothing(std::string("none of it\n"));
+  g.LoadPointTimeFile(rated.Path());
+  Import(pointFile.Path())(nullptr, nullptr, nullptr, ZRVScanSettings());
+  EXPECT_EQ(held(), std::tuple(std::get<0>(before), 777u));
+  EXPECT_EQ(Import(nothing.Path())(nullptr, nullptr, nullptr, ZRVScanSettings()).samples, 0u);
+  EXPECT_EQ(held(), std::tuple(std::get<0>(before), 777u));
+  EXPECT_EQ(g.GetPointFileSps(), 5000u);
 }
 
 TEST_F(Composites, DrawingsBringTheirColoursAndLeadOnDarkly) {
@@ -226,6 +282,8 @@ TEST_F(Composites, DrawingsBringTheirColoursAndLeadOnDarkly) {
       }
     }
     EXPECT_GT(std::min({seen[0], seen[1], seen[2]}), 100u) << profile;
+    const auto counted = Import(file.FileName)(nullptr, nullptr, nullptr, scan);  // null arrays, no colours asked for
+    EXPECT_EQ(counted.samples, samples) << profile;
   }
   // One frame of it turns, and is white without colours of its own: here those of points.
   const unsigned int second[] = {2, 9};

@@ -28,6 +28,13 @@ inline Bytes BigEndian(std::initializer_list<int> words) {
   return bytes;
 }
 
+// Little-endian.
+inline Bytes Words(std::initializer_list<int> words) {
+  Bytes bytes;
+  for (const int word : words) bytes += {static_cast<uint8_t>(word), static_cast<uint8_t>(word >> 8)};
+  return bytes;
+}
+
 inline Bytes IldaSection(int format, int records, int totalFrames, const Bytes& body = {}) {
   Bytes bytes = FromText("ILDA");
   bytes += BigEndian({0, format});

@@ -7,12 +7,6 @@ namespace {
 
 using namespace zrv_test;
 
-Bytes Words(std::initializer_list<int> words) {
-  Bytes bytes;
-  for (const int word : words) bytes += {static_cast<uint8_t>(word), static_cast<uint8_t>(word >> 8)};
-  return bytes;
-}
-
 // Occidental glyphs 0 (a corner of two strokes), 1 (empty, 10 wide), 2 .. 13 empty, 14 (reversed: two strokes with
 // a gap); oriental glyph 0 (one stroke). One font: ' ' is glyph 1, '!' glyph 0, '"' none, '#' 14.
 Bytes SmallFont() {

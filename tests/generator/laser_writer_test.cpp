@@ -45,6 +45,10 @@ Job SmallJob(bool twoWay) {
           .lastDark = {2, -1, 3}, .pixels = 4, .twoWay = twoWay, .maxSps = 40000};
 }
 
+// Of the picture, for its run-ups: lines of 40 samples are 39 steps long, and at each end 3 more are needed, half the
+// 4 samples of a run-up and one.
+constexpr double kInside = 39.0 / (39 + 2 * 3);
+
 TEST(LaserWriter, BurnsEachPixelInItsPlaceAndOnlyUpToTheLastDark) {
   for (const bool twoWay : {false, true}) {
     SCOPED_TRACE(twoWay);
@@ -54,13 +58,13 @@ TEST(LaserWriter, BurnsEachPixelInItsPlaceAndOnlyUpToTheLastDark) {
     // and 0.69 times, whose square root counts. The span takes 41 samples, 0.001 being a hair more in binary;
     // halves of a move are rounded up.
     EXPECT_EQ(b.count, 38u + 48 + (twoWay ? 36 + 36 : 44 + 50));
-    // Sample k of a line lies k / 39 of the way from x min to x max, in either direction.
+    // Sample k of a line lies k / 39 of the way across, in either direction.
     size_t lit = 0;
     for (size_t i = 0; i < b.count; ++i) {
       if (b.out.m[i] == 0) continue;
       const size_t line = lit / 30 > 0, at = lit++ - 30 * line, k = twoWay && line == 1 ? 39 - at : at;
       EXPECT_EQ(b.out.m[i], 10 * (1 + 4 * line + k / 10)) << i;
-      b.out.ExpectAt(i, {{static_cast<double>(k) / 39 - 0.5, line == 0 ? -0.4 : 0.4}});
+      b.out.ExpectAt(i, {{kInside * (static_cast<double>(k) / 39 - 0.5), kInside * (line == 0 ? -0.4 : 0.4)}});
     }
     EXPECT_EQ(lit, 70u);
   }
@@ -68,15 +72,15 @@ TEST(LaserWriter, BurnsEachPixelInItsPlaceAndOnlyUpToTheLastDark) {
 
 TEST(LaserWriter, GetsUpToSpeedAndComesToRestInTheDark) {
   const Burnt b(SmallJob(false));
-  const double step = 1.0 / 39;  // the pattern starts with the run-up of its first line: half a t^2 of 4 samples
+  const double step = kInside / 39, left = kInside * -0.5, y = kInside * -0.4;  // the pattern starts with the run-up of its first line: half a t^2 of 4 samples
   for (size_t i = 0; i <= 4; ++i) {
-    b.out.ExpectAt(i, {{-0.5 - 2 * step + static_cast<double>(i * i) / 8 * step, -0.4}});
+    b.out.ExpectAt(i, {{left - 2 * step + static_cast<double>(i * i) / 8 * step, y}});
     EXPECT_EQ(b.out.m[i] == 0, i < 4);
   }
   const size_t end = 4 + 30;
   for (size_t i = 0; i <= 4; ++i) {
-    const double left = static_cast<double>(4 - i);
-    b.out.ExpectAt(end + i, {{-0.5 + 30 * step + (2 - left * left / 8) * step, -0.4}});
+    const double toGo = static_cast<double>(4 - i);
+    b.out.ExpectAt(end + i, {{left + 30 * step + (2 - toGo * toGo / 8) * step, y}});
   }
 }
 
@@ -99,13 +103,26 @@ TEST(LaserWriter, RatesThatFitAndThoseThatDoNot) {
   EXPECT_EQ(Burnt(Job{}).count, 0u) << "no lines";
 }
 
-TEST(LaserWriter, StaysWithinTheFieldByShorteningLinesThatHaveNoRoomToRunUp) {
-  for (const bool twoWay : {false, true}) {
-    Job job = SmallJob(twoWay);
-    job.xMin = 1, job.xMax = -1, job.yMin = -7, job.yMax = 7;  // mirrored, and beyond the field upward
+// Mirrored limits, and some beyond the field, too; run-ups and moves included. The picture keeps its proportions.
+TEST(LaserWriter, NeverLeavesItsLimits) {
+  Random random(3);
+  const auto limit = [&] { return static_cast<float>(random() % 2001) / 1000 - 1; };
+  for (int round = 0; round < 200; ++round) {
+    Job job = SmallJob(round % 2 != 0);
+    job.pixels = 1 + random() % 12;
+    job.raster.assign(3 * job.pixels, 200);
+    job.lastDark = {static_cast<int>(random() % job.pixels), static_cast<int>(job.pixels) - 1, 0};
+    job.xMin = limit(), job.xMax = limit(), job.yMin = limit(), job.yMax = limit();
+    const auto [left, right] = std::minmax(job.xMin, job.xMax);
+    const auto [bottom, top] = std::minmax(job.yMin, job.yMax);
+    const float lowest = bottom, highest = top;
+    if (round % 5 == 0) job.yMin *= 7, job.yMax *= 7;
     const Burnt b(job);
-    for (size_t i = 0; i < b.count; ++i) EXPECT_LE(std::max(std::abs(b.out.x[i]), std::abs(b.out.y[i])), 1.0f);
-    EXPECT_NEAR(b.out.x[4], 1 - 2.0f / 39 * 3, 1e-6);  // run-up of 4 samples, half as many steps, and one
+    for (size_t i = 0; i < b.count; ++i) {
+      ASSERT_TRUE(b.out.x[i] >= left && b.out.x[i] <= right) << round << " " << i;
+      if (round % 5 == 0) ASSERT_LE(std::abs(b.out.y[i]), 1.0f) << round;
+      else ASSERT_TRUE(b.out.y[i] >= lowest && b.out.y[i] <= highest) << round << " " << i;
+    }
   }
 }
 
@@ -143,8 +160,8 @@ TEST(ImageRaster, GreyValuesThresholdAndOrientation) {
   BurntImage grey(4, 2, IPL_DEPTH_8U, 1), colour(4, 2, IPL_DEPTH_8U, 3), four(4, 2, IPL_DEPTH_8U, 4);
   grey.Set(1, {100});  // bottom right
   EXPECT_EQ(grey.Burn(2, 4, false, 128), 155);
-  EXPECT_NEAR(grey.End().y, -0.25, 1e-6);  // twice as wide as high: y spans half
-  EXPECT_NEAR(grey.End().x, 0.5, 1e-6);
+  EXPECT_NEAR(grey.End().y, kInside * -0.25, 1e-6);  // twice as wide as high: y spans half
+  EXPECT_NEAR(grey.End().x, kInside * 0.5, 1e-6);
   EXPECT_EQ(grey.Burn(2, 4, true, 128), 255);
   EXPECT_EQ(grey.Burn(2, 4, true, 100), 0) << "100 is not below 100";
   colour.Set(0, {10, 20, 30});  // blue, green, red
@@ -156,7 +173,7 @@ TEST(ImageRaster, GreyValuesThresholdAndOrientation) {
 TEST(ImageRaster, UprightImagesReachFurtherAndImpossibleOnesNowhere) {
   BurntImage upright(2, 4, IPL_DEPTH_8U, 1, 0), deep(2, 2, IPL_DEPTH_16U, 1, 0);
   EXPECT_EQ(upright.Burn(4, 8, true, 128, 0.4f), 255);
-  EXPECT_NEAR(upright.End().x, 0.8, 1e-6);
+  EXPECT_NEAR(upright.End().x, kInside * 0.8, 1e-6);
   EXPECT_EQ(deep.Burn(2, 2, true, 128), 0);
   EXPECT_EQ(upright.Burn(2, 0, true, 128), 0);
   EXPECT_EQ(upright.Burn(0xFFFFFFFF, 0xFFFFFFFF, true, 128), 0);

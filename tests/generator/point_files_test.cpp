@@ -47,6 +47,12 @@ TEST(PointFile, ExportIsSixDigitsAndReadsBack) {
   EXPECT_TRUE(out.UntouchedFrom(3));
   Generator::ExportFile(file.Path(), x, y, m, 1, 0);
   EXPECT_EQ(file.Text(), "0.123457 0 0\n");
+  Generator::ExportFile(file.Path(), nullptr, y, m, 1, 5);  // no point to write, but it is not empty either
+  EXPECT_EQ(file.Text(), "0.123457 0 0\n");
+  Generator::ExportFile(file.Path(), nullptr, nullptr, nullptr, 0, 5);
+  EXPECT_EQ(file.Text(), "sps 5\n");
+  Generator::ExportFile(file.Path(), x, y, m, 0, 0);
+  EXPECT_EQ(file.Text(), "");
   Generator::ExportFile("/no/such/directory/file", x, y, m, 3, 0);
 }
 
