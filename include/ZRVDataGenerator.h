@@ -138,8 +138,9 @@ class ZRV_API ZRVDataGenerator {
   static unsigned int SquareWaveform(float* x, float* y, unsigned char* m, unsigned int numSamples,
                                      float amplitude, unsigned int numCycles, float dutyCycle, float phase);
 
-  // Uniform noise in -amplitude..amplitude. Seeds the C library's generator with the time in seconds: calls
-  // within one second give the same noise.
+  // Uniform noise in -amplitude..amplitude. Seeds the C library's rand() with the time in seconds and draws from it:
+  // calls within one second give the same noise, and a program that uses rand() itself finds it seeded anew. Not for
+  // two threads at once.
   static unsigned int NoiseWaveform(float* data, unsigned int numSamples, float amplitude);
 
   // A two-axis test pattern: y one sine (or triangle) a period, x a sine at xMultiple times its rate. Makes
@@ -330,7 +331,8 @@ class ZRV_API ZRVDataGenerator {
 
   // The same for imaging: four samples a pixel (one when maxSps forbids), no lead-in, one return at the end.
   // pixelHold is not used. m has no line-start bit; bit 6 marks the active part of backward lines. Samples, with
-  // R = trunc(sps min(lineDuration / 2.5, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L.
+  // R = trunc(sps min(lineDuration / 2.5, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L. Nothing
+  // bounds them but maxSps: 20 lines of 1190 pixels can take 134000, so ask with null arrays.
   unsigned int LinearRasterPatternImaging(float* x, float* y, unsigned char* m, float xAmplitude,
                                           float yAmplitude, unsigned int numLines, unsigned int numPixels,
                                           float lineDuration, bool pixelHold, bool bidirectional,
@@ -347,10 +349,11 @@ class ZRV_API ZRVDataGenerator {
 
   // A bitmap burnt by the laser writer below, upright, x along its rows: resized to numPixels by numLines, dark
   // burns bright. Needs a library built with OpenCV.
-  //   xAmplitude,     limits of the longer side, -1..1; the shorter follows the image's proportions
-  //   yAmplitude
-  //   image           8 bits a channel; one channel, or three (blue, green, red). Other channel counts are black.
-  //                   Other depths, or null: 0
+  //   xAmplitude,     of an image at least as wide as high, x reaches xAmplitude and y yAmplitude height / width;
+  //   yAmplitude      of a taller one, y reaches yAmplitude and x xAmplitude height / width: it gets wider. All held
+  //                   in -1..1: the limits of the laser writer, within which the picture shrinks for its run-ups
+  //   image           8 bits a channel (other depths, or null: 0); one channel, or three (blue, green, red). Other
+  //                   channel counts are black
   //   binaryImage     full intensity below the threshold and none above; otherwise 255 - grey
   //   threshold       grey 0..255 below which a pixel counts as dark
   unsigned int ImageRasterPattern(float* x, float* y, unsigned char* m, float xAmplitude, float yAmplitude,
@@ -358,10 +361,11 @@ class ZRV_API ZRVDataGenerator {
                                   bool binaryImage, int threshold, float lineDuration, bool bidirectional,
                                   unsigned int& sps, int minSps, int maxSps);
 
-  // Burns an image of numLines by numPixels intensities along x: line 0 at yMin, pixel 0 at xMin, each pixel at
+  // Burns an image of numLines by numPixels intensities along x: line 0 near yMin, pixel 0 near xMin, each pixel at
   // constant speed with its intensity in m. Before the first pixel of a line the mirror gets up to speed, after
-  // the last dark one it comes to rest, both dark and outside the limits; where these leave no room for that
-  // within -1..1, the lines are shortened. Lines without a dark pixel are skipped; the end returns to the start.
+  // the last dark one it comes to rest, both dark and within the limits: for that the picture shrinks about their
+  // centre, x and y alike, by a twentieth or so. Nothing leaves the limits, nor -1..1. xMin above xMax mirrors the
+  // picture. Lines without a dark pixel are skipped; the end returns to the start.
   //   raster          numLines * numPixels intensities, line by line
   //   lastDarkColumn  a line; what follows it is not burnt. -1: none
   //   lineDuration    of all pixels of a line, in seconds
@@ -415,7 +419,7 @@ class ZRV_API ZRVDataGenerator {
 
   // Scales and turns (clockwise) about the centre of the given bounds. One scale serves both axes: the span from
   // the lowest to the highest of all four bounds becomes 2 scale, so that bounds about the origin fill
-  // -scale..scale along their larger side. A span of 0 puts every point at the centre.
+  // -scale..scale along their larger side. A span of 0 puts every point at (0, 0).
   static unsigned int NormalizeData(float* x, float* y, unsigned int count, float scale, float angle, float minX,
                                     float maxX, float minY, float maxY);
 
@@ -426,7 +430,11 @@ class ZRV_API ZRVDataGenerator {
                                           float offsetX, float offsetY);
 
   // Sets the map that takes the unit square to the quadrilateral with the given four corners, the images of
-  // (0,0), (1,0), (1,1), (0,1) in this order. Null: the default, -1..1 to 0..1. inverse: the map back.
+  // (0,0), (1,0), (1,1), (0,1) in this order. Points of the field -1..1 are first brought to the unit square, and what
+  // the map gives is the result: with null corners, the default, -1..1 comes out at 0.5..1.
+  // inverse: the other way round, from the quadrilateral by the inverted matrix to the unit square and to -1..1. Of the
+  // default that is the map back. Of other corners it is not: the matrix has at entry 2 what belongs at entry 5,
+  // which keeps its value. Kept on purpose.
   void InitProjectiveTransformMatrix(const float* cornersX, const float* cornersY, bool inverse);
   unsigned int ProjectiveTransformData(float* x, float* y, unsigned int count) const;
 
@@ -436,7 +444,8 @@ class ZRV_API ZRVDataGenerator {
   // q = radius^2 / sqrt(2). strength * q is meant to stay within 0..1; beyond, the nearest table entry holds.
   unsigned int RadialTransformData(float* x, float* y, unsigned int count, float strength) const;
 
-  // Tangent distortion; points at radius 1 keep their place.
+  // Tangent distortion: a radius r becomes r f(r) / f(1), f(r) = strength r / tan(strength r). The centre and points at
+  // radius 1 keep their place. A negative strength multiplies every point by strength r. Kept on purpose.
   static unsigned int TangentialTransformData(float* x, float* y, unsigned int count, float strength);
 
   // Affine, projective, radial, tangential, in this order. The last two are left out within 0.001 of 0.

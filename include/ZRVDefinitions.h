@@ -283,8 +283,12 @@ typedef struct ZRVScanSettings {
   unsigned int ArrayCapacity ZRV_DEFAULT(0);      /* elements of each array that is to be filled */
   unsigned int SampleRate ZRV_DEFAULT(20000);     /* samples per second */
   float RefreshRate ZRV_DEFAULT(20.0f);           /* frames per second: a frame has SampleRate / RefreshRate
-                                                     samples, rounded down. No part in scans and signals, which
-                                                     make their own time */
+                                                     samples, rounded down. Lines between keypoints get whole
+                                                     samples: a linear profile may make one a line fewer or more,
+                                                     the others one a line more; with no fewer keypoints than samples a
+                                                     frame has a sample a keypoint (optimized: 1.25). A retraced
+                                                     waveform has one fewer where the number is even. No part in
+                                                     scans and signals, which make their own time */
   ZRVAnimation Animation ZRV_DEFAULT(AnimateNothing);
   float AnimationDuration ZRV_DEFAULT(1.0f);      /* seconds: RefreshRate * AnimationDuration frames, rounded, at
                                                      least 1 */
@@ -301,8 +305,10 @@ typedef struct ZRVScanSettings {
   float BlankAccel ZRV_DEFAULT(0.25f);            /* trapezoidal: the same of a dark line */
   unsigned int KeypointBudget ZRV_DEFAULT(0);     /* keypoints a frame above which gentle bends are thinned; 0: as
                                                      many as there are */
-  ZRVClosing Closing ZRV_DEFAULT(ClosingBlank);   /* of open paths: keypoints, waveforms over time */
-  bool Filter ZRV_DEFAULT(false);                 /* by SetupSoftwareFilter, for two channels */
+  ZRVClosing Closing ZRV_DEFAULT(ClosingBlank);   /* of open paths: keypoints, waveforms over time. A path that ends
+                                                     lit where it began is left as it is */
+  bool Filter ZRV_DEFAULT(false);                 /* by SetupSoftwareFilter, for two channels; x of a waveform over
+                                                     time is left as it is */
   bool FilterZeroPhase ZRV_DEFAULT(false);
   unsigned int SampleRateMin ZRV_DEFAULT(200);    /* limits for those that choose their own rate: */
   unsigned int SampleRateMax ZRV_DEFAULT(100000); /* the controller's, from its parameter record */
@@ -343,7 +349,8 @@ typedef struct ZRVClockSettings {
   unsigned int Hours ZRV_DEFAULT(10);
   unsigned int Minutes ZRV_DEFAULT(8);
   unsigned int Seconds ZRV_DEFAULT(30);
-  float Amplitude ZRV_DEFAULT(0.9f);      /* length of the longest hand; half the width of the digits */
+  float Amplitude ZRV_DEFAULT(0.9f);      /* length of the longest hand; at most half the width of the
+                                             digits */
   unsigned int Font ZRV_DEFAULT(0);
 } ZRVClockSettings;
 
@@ -362,7 +369,7 @@ typedef struct ZRVImportSettings {
   ZRVImportFormat Format ZRV_DEFAULT(ImportByContent);
   const unsigned int* Frames ZRV_DEFAULT(nullptr); /* frames of a drawing, numbered from 1; null: all */
   unsigned int NumFrames ZRV_DEFAULT(0);           /* in Frames */
-  float Amplitude ZRV_DEFAULT(0.9f);               /* half the longer side of a drawing */
+  float Amplitude ZRV_DEFAULT(0.9f);               /* at most half the longer side of a drawing */
   float AngleX ZRV_DEFAULT(0.0f);                  /* view of a drawing, as IldaDataStream takes it */
   float AngleY ZRV_DEFAULT(1.5707964f);
   bool Keypoints ZRV_DEFAULT(false);               /* a point file gives corners, not samples */
@@ -373,7 +380,7 @@ typedef struct ZRVTextSettings {
   const char* Text ZRV_DEFAULT(nullptr);
   unsigned int Length ZRV_DEFAULT(0);     /* characters; 0: up to the closing zero */
   unsigned int Font ZRV_DEFAULT(0);       /* of those that LoadHersheyFile loaded */
-  float Amplitude ZRV_DEFAULT(0.9f);      /* half the longer side */
+  float Amplitude ZRV_DEFAULT(0.9f);      /* at most half the longer side */
 } ZRVTextSettings;
 
 typedef struct ZRVPatternSettings {

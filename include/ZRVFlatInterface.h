@@ -286,7 +286,8 @@ ZRV_API void ZRVDeleteDataGenerator(ZRVDataGenerator* generator);
 /* A raster of lines along y, stacked along x, with smooth turnarounds; starts and ends at the same point. Returns
  * the number of samples written to x, y and m, or 0 when it cannot be made within the limits. Room needed, from
  * L = 1.1 * sps * lineDuration: (numLines + 2) * L samples, and if not bidirectional another
- * numLines * sps * min(lineDuration, 0.01). With up to 25000 pixels in all that is about 60000.
+ * numLines * sps * min(lineDuration, 0.01). The first is about 60000 with up to 25000 pixels in all, unless minSps asks
+ * for more.
  * With x, y and m null it sets sps, writes nothing and returns the count that it would write.
  *   xAmplitude      half size of the stack of lines, 0..1
  *   yAmplitude      half size of the sweep, turnarounds included, 0..1
@@ -339,8 +340,8 @@ ZRV_API void ZRVInitImportSettings(ZRVImportSettings* settings);
 ZRV_API void ZRVInitTextSettings(ZRVTextSettings* settings);
 ZRV_API void ZRVInitPatternSettings(ZRVPatternSettings* settings);
 
-/* Samples that the arrays must hold for these settings; never too small. For rasters and signals, and to the last
- * sample, ask the generator itself with null arrays.
+/* Samples that the arrays must hold for these settings, and for the point file and the point-time file that are loaded;
+ * never too small. For rasters and signals, and to the last sample, ask the generator itself with null arrays.
  *   numKeypoints    of text (ZRVHersheyDataSize) or of the largest imported frame (ZRVIldaNumMaxPoints); 0: none,
  *                   or a clock with hands
  *   numFrames       of an imported drawing; 0: those of the animation */
@@ -401,7 +402,8 @@ ZRV_API void ZRVGenerateScanData(ZRVDataGenerator* generator, float* x, float* y
 /* Waveforms of numSamples samples. With y null the signal goes to x and m is not touched; otherwise x is a time
  * axis from -1 upward and m 255. amplitude: peak value. numCycles: periods, 1..numSamples. phase: start within the
  * period. Sawtooth: risePortion (0..1) of each period rises. Square: -amplitude for the first dutyCycle (0..1).
- * Noise goes to one array; calls within one second give the same noise. */
+ * Noise goes to one array. It seeds the C library's rand() with the time in seconds and draws from it: calls within one
+ * second give the same noise, a program that uses rand() itself finds it seeded anew, and two threads must not. */
 ZRV_API unsigned int ZRVSineWaveform(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
                                      unsigned int numSamples, float amplitude, unsigned int numCycles, float phase);
 ZRV_API unsigned int ZRVSawtoothWaveform(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
@@ -559,7 +561,10 @@ ZRV_API float ZRVsaw(ZRVDataGenerator* generator, float t);
  * and return the count that they would write. */
 
 /* As ZRVLinearRasterPattern, for imaging: four samples a pixel (one when maxSps forbids), no lead-in, one return
- * at the end. pixelHold is not used. m has no line-start bit; bit 6 marks the active part of backward lines. */
+ * at the end. pixelHold is not used. m has no line-start bit; bit 6 marks the active part of backward lines. Room, from
+ * L = 1.1 * sps * lineDuration: (numLines + 2) * L, and if not bidirectional another
+ * numLines * sps * min(lineDuration / 2.5, 0.01). Nothing bounds it but maxSps: 20 lines of 1190 pixels can take
+ * 134000, so ask with null arrays. */
 ZRV_API unsigned int ZRVLinearRasterPatternImaging(ZRVDataGenerator* generator, float* x, float* y,
                                                    unsigned char* m, float xAmplitude, float yAmplitude,
                                                    unsigned int numLines, unsigned int numPixels,
@@ -578,10 +583,11 @@ ZRV_API unsigned int ZRVPointToPointPattern(ZRVDataGenerator* generator, float* 
 
 /* A bitmap burnt by the laser writer below, upright, x along its rows: resized to numPixels by numLines, dark burns
  * bright. 0 in a library built without OpenCV.
- *   xAmplitude,     limits of the longer side, -1..1; the shorter follows the image's proportions
- *   yAmplitude
- *   pixels          height rows of width pixels with channels bytes each: 1 grey, 3 blue, green, red. Rows start
- *                   rowBytes apart (0: without gaps). Only read
+ *   xAmplitude,     of an image at least as wide as high, x reaches xAmplitude and y yAmplitude height / width; of a
+ *   yAmplitude      taller one, y reaches yAmplitude and x xAmplitude height / width: it gets wider. All held in -1..1:
+ *                   the limits of the laser writer, within which the picture shrinks for its run-ups
+ *   pixels          height rows of width pixels with channels (1..4, else 0 is returned) of 8 bits each: 1 grey,
+ *                   3 blue, green, red; 2 and 4 are black. Rows start rowBytes apart (0: without gaps). Only read
  *   binaryImage     full intensity below the threshold and none above; otherwise 255 - grey
  *   threshold       grey 0..255 below which a pixel counts as dark */
 ZRV_API unsigned int ZRVImageRasterPattern(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
@@ -591,10 +597,11 @@ ZRV_API unsigned int ZRVImageRasterPattern(ZRVDataGenerator* generator, float* x
                                            bool binaryImage, int threshold, float lineDuration, bool bidirectional,
                                            unsigned int* sps, int minSps, int maxSps);
 
-/* Burns numLines by numPixels intensities along x: line 0 at yMin, pixel 0 at xMin, each pixel at constant speed
- * with its intensity in m. lastDarkColumn: a line's last pixel to burn, -1 none. lineDuration in seconds.
- * bidirectional: every second written line backwards. Takes the most samples a pixel that keep the rate within
- * maxSps. */
+/* Burns numLines by numPixels intensities along x: line 0 near yMin, pixel 0 near xMin, each pixel at constant speed
+ * with its intensity in m. Dark run-ups before and after each line lie within the limits too: for them the picture
+ * shrinks about their centre, x and y alike. Nothing leaves the limits, nor -1..1. lastDarkColumn: a line's last pixel
+ * to burn, -1 none. lineDuration in seconds. bidirectional: every second written line backwards. Takes the most samples
+ * a pixel that keep the rate within maxSps. */
 ZRV_API unsigned int ZRVLaserWriterDataStream(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
                                               const unsigned char* raster, const int* lastDarkColumn,
                                               unsigned int numLines, unsigned int numPixels, float lineDuration,
@@ -631,7 +638,8 @@ ZRV_API unsigned int ZRVOptimizeKeypoints(ZRVDataGenerator* generator, float* x,
 ZRV_API void ZRVBoundingBox(ZRVDataGenerator* generator, const float* x, const float* y, unsigned int count,
                             float* minX, float* maxX, float* minY, float* maxY);
 
-/* Scales and turns (clockwise) about the centre of the given bounds, so that their larger span becomes 2 scale. */
+/* Scales and turns (clockwise) about the centre of the given bounds, so that the span from the lowest to the highest of
+ * all four becomes 2 scale. A span of 0 puts every point at (0, 0). */
 ZRV_API unsigned int ZRVNormalizeData(ZRVDataGenerator* generator, float* x, float* y, unsigned int count,
                                       float scale, float angle, float minX, float maxX, float minY, float maxY);
 
@@ -641,7 +649,9 @@ ZRV_API unsigned int ZRVAffineTransformData(ZRVDataGenerator* generator, float* 
                                             float scale, float angle, float offsetX, float offsetY);
 
 /* Sets the map of the unit square to the quadrilateral of four corners, the images of (0,0), (1,0), (1,1), (0,1).
- * Null: the default, -1..1 to 0..1. inverse: the map back. */
+ * Points of the field -1..1 are first brought to the unit square, and what the map gives is the result: with null
+ * corners, the default, -1..1 comes out at 0.5..1. inverse: the other way round; of the default that is the map back, of other
+ * corners it is not, for the inverted matrix has at entry 2 what belongs at entry 5, which keeps its value. */
 ZRV_API void ZRVInitProjectiveTransformMatrix(ZRVDataGenerator* generator, const float* cornersX,
                                               const float* cornersY, bool inverse);
 ZRV_API unsigned int ZRVProjectiveTransformData(ZRVDataGenerator* generator, float* x, float* y,
@@ -652,7 +662,8 @@ ZRV_API void ZRVInitRadialTransformMult(ZRVDataGenerator* generator, bool enable
 ZRV_API unsigned int ZRVRadialTransformData(ZRVDataGenerator* generator, float* x, float* y, unsigned int count,
                                             float strength);
 
-/* Tangent distortion; points at radius 1 keep their place. */
+/* Tangent distortion: a radius r becomes r f(r) / f(1), f(r) = strength r / tan(strength r). The centre and points at
+ * radius 1 keep their place. A negative strength multiplies every point by strength r. */
 ZRV_API unsigned int ZRVTangentialTransformData(ZRVDataGenerator* generator, float* x, float* y, unsigned int count,
                                                 float strength);
 
@@ -726,7 +737,7 @@ ZRV_API void ZRVFilterData(ZRVDataGenerator* generator, const float* x, const fl
 ZRV_API void ZRVFilterDataSingle(ZRVDataGenerator* generator, const float* data, float* out, unsigned int count,
                                  bool zeroPhase);
 
-/* Coefficients for filter type 7; docs/file-formats.md has the layout. Order and rate are those of the filter last
+/* Coefficients for filter type 7; docs/filters.md has the layout. Order and rate are those of the filter last
  * set up, or of the coefficients last loaded, whichever came later. */
 ZRV_API void ZRVLoadIIRFilterParams(ZRVDataGenerator* generator, const char* fileName);
 ZRV_API unsigned int ZRVGetIIRFilterOrder(ZRVDataGenerator* generator);
