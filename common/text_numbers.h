@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 #include <limits>
 #include <optional>
 #include <string>
@@ -35,13 +36,38 @@ inline std::string_view TakeWord(std::string_view& text) {
   return word;
 }
 
+// Takes a decimal integer with an optional sign after any blanks. One beyond 32 bits reads as the limit it
+// passed. Nothing is taken when no digit is there.
+inline std::optional<int> TakeInt(std::string_view& text) {
+  std::string_view rest = text;
+  SkipBlanks(rest);
+  if (rest.starts_with('+') && !rest.starts_with("+-")) rest.remove_prefix(1);
+  int value = 0;
+  const auto end = std::from_chars(rest.data(), rest.data() + rest.size(), value);
+  if (end.ec == std::errc::invalid_argument) return {};
+  if (end.ec == std::errc::result_out_of_range) {
+    value = rest.starts_with('-') ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
+  }
+  text = rest.substr(static_cast<size_t>(end.ptr - rest.data()));
+  return value;
+}
+
+// Whether a number is below 1, by where its first digit that counts stands and by its exponent.
+inline bool IsBelowOne(std::string_view digits) {
+  const size_t e = digits.find_first_of("eE");
+  const std::string_view mantissa = digits.substr(0, e);
+  const auto point = static_cast<int64_t>(std::min(mantissa.find('.'), mantissa.size()));
+  const auto first = static_cast<int64_t>(std::min(mantissa.find_first_of("123456789"), mantissa.size()));
+  std::string_view exponent = e == std::string_view::npos ? "0" : digits.substr(e + 1);
+  return point - first + TakeInt(exponent).value_or(0) <= 0;
+}
+
 // What a decimal number too large or too small for a float is read as: infinity or zero, with its sign.
 inline float OutOfRangeFloat(std::string_view digits) {
   double wide = 0;
   const auto end = std::from_chars(digits.data(), digits.data() + digits.size(), wide);
-  const bool tiny = digits.find("e-") != std::string_view::npos || digits.find("E-") != std::string_view::npos;
   if (end.ec == std::errc()) return static_cast<float>(wide);
-  const float size = tiny ? 0.0f : std::numeric_limits<float>::infinity();
+  const float size = IsBelowOne(digits) ? 0.0f : std::numeric_limits<float>::infinity();
   return digits.starts_with('-') ? -size : size;
 }
 
@@ -75,22 +101,6 @@ inline std::optional<unsigned> TakeUnsigned(std::string_view& text, int base = 1
   const auto end = std::from_chars(rest.data(), rest.data() + rest.size(), value, base);
   if (end.ec == std::errc::invalid_argument) return {};
   if (end.ec == std::errc::result_out_of_range) value = std::numeric_limits<unsigned>::max();
-  text = rest.substr(static_cast<size_t>(end.ptr - rest.data()));
-  return value;
-}
-
-// Takes a decimal integer with an optional sign after any blanks. One beyond 32 bits reads as the limit it
-// passed. Nothing is taken when no digit is there.
-inline std::optional<int> TakeInt(std::string_view& text) {
-  std::string_view rest = text;
-  SkipBlanks(rest);
-  if (rest.starts_with('+') && !rest.starts_with("+-")) rest.remove_prefix(1);
-  int value = 0;
-  const auto end = std::from_chars(rest.data(), rest.data() + rest.size(), value);
-  if (end.ec == std::errc::invalid_argument) return {};
-  if (end.ec == std::errc::result_out_of_range) {
-    value = rest.starts_with('-') ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
-  }
   text = rest.substr(static_cast<size_t>(end.ptr - rest.data()));
   return value;
 }

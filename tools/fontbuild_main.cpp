@@ -20,7 +20,9 @@ constexpr const char* kAcknowledgement =
     "\n"
     "The font data may be used by anyone for any purpose, commercial or otherwise, provided that these\n"
     "acknowledgements are distributed with it. It may be converted into any other format except the one\n"
-    "distributed by the U.S. NTIS.\n";
+    "distributed by the U.S. NTIS.\n"
+    "\n"
+    "The font file itself was made by a program of ZRV, copyright (c) 2026 The ZRV authors, under the MIT license.\n";
 
 std::string FontList() {
   std::string text = std::string("Fonts of hershey.font\n\n") + kAcknowledgement + "\nNumber, name, title:\n";

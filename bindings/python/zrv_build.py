@@ -47,7 +47,8 @@ def build_wheel(wheel_directory: str, config_settings: object = None, metadata_d
     files[f"{info}/METADATA"] = (
         f"Metadata-Version: 2.1\nName: zrv\nVersion: {version}\n"
         "Summary: Drives a MEMS-mirror laser-scanning controller and generates its scan data\n"
-        "Requires-Python: >=3.9\nRequires-Dist: numpy\n").encode()
+        "License: MIT\nLicense-File: LICENSE\nRequires-Python: >=3.9\nRequires-Dist: numpy\n").encode()
+    files[f"{info}/LICENSE"] = (TREE / "LICENSE").read_bytes()
     files[f"{info}/WHEEL"] = (
         f"Wheel-Version: 1.0\nGenerator: zrv\nRoot-Is-Purelib: {'false' if built else 'true'}\nTag: {tag}\n").encode()
     lines = [_record_line(name, data) for name, data in files.items()]

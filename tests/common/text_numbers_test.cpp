@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
+#include <string>
 #include <tuple>
 
 namespace zrv {
@@ -21,6 +23,15 @@ TEST(TextNumbers, FloatsAreTakenFromTheFrontOrNotAtAll) {
     std::string_view left = text;
     EXPECT_EQ(TakeFloat(left), value) << text;
     EXPECT_EQ(left, rest) << text;
+  }
+  const std::string zeros(400, '0');  // what is far out of range goes by its digits, not by the sign of an exponent
+  for (const auto& [text, value] : {std::pair("-0." + zeros + "1", -0.0f), {"1" + zeros, kInfinity},
+                                    {"0." + zeros + "1e9", 0.0f}, {"0." + zeros + "1e800", kInfinity},
+                                    {"-1" + zeros + "e-9", -kInfinity}, {zeros + "1e-400", 0.0f}}) {
+    std::string_view left = text;
+    EXPECT_EQ(std::signbit(TakeFloat(left).value()), std::signbit(value)) << text;
+    left = text;
+    EXPECT_EQ(TakeFloat(left), value) << text;
   }
 }
 

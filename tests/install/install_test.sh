@@ -21,6 +21,12 @@ cmake -S "$consumer" -B "$work/cmake" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_
 cmake --build "$work/cmake" >/dev/null
 "$work/cmake/consumer" "$prefix/include/ZRVDefinitions.h"
 
+cp -r "$source/examples/cpp" "$work/example"  # as a user copies it
+cmake -S "$work/example" -B "$work/example/build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_CXX_COMPILER="$compiler" >/dev/null
+cmake --build "$work/example/build" >/dev/null
+said=$("$work/example/build/play_text" /no/such/port Hello 2>&1) && { echo "plays without a controller"; exit 1; }
+[ "$said" = "connecting failed with error 12" ] || { echo "said: $said"; exit 1; }
+
 library=$(dirname "$(find "$prefix" -name libzrv.so)")
 PKG_CONFIG_PATH=$library/pkgconfig
 export PKG_CONFIG_PATH

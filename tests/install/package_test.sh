@@ -15,6 +15,8 @@ run() { dpkg --root="$root" --force-not-root --force-depends --force-script-chro
 
 run -i "$package"
 "$root/usr/bin/zrv" generate text "Hello" -o "$work/hello.txt" >"$work/said"  # with the library and the font beside it
+grep -q "MIT License" "$root/usr/share/doc/zrv/copyright"
+grep -q "The ZRV authors" "$root/usr/share/zrv/hershey.txt"
 grep -q 2000 "$work/said" || { cat "$work/said"; exit 1; }
 run --purge zrv
 left=$(find "$root" -path "$root/var/lib/dpkg" -prune -o ! -type d -print)

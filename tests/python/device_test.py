@@ -29,7 +29,7 @@ def test_readme_example_plays(ports):
 
 def test_examples_run(ports):
     for arguments in (["lissajous_notebook.py"], ["play_circle.py", str(ports / "ttyUSB0")]):
-        subprocess.run([sys.executable, str(TREE / "examples" / arguments[0]), *arguments[1:]], check=True, timeout=60,
+        subprocess.run([sys.executable, str(TREE / "examples" / "python" / arguments[0]), *arguments[1:]], check=True, timeout=60,
                        env={**os.environ, "ZRV_PORT_DIR": str(ports)}, stdout=subprocess.DEVNULL)
 
 
