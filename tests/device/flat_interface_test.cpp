@@ -40,6 +40,7 @@ TEST_F(FlatInterface, RecordsTravelByValueAndResultsMayBeUnwanted) {
   port->TakeWrites();
   ZRVSetDeviceParams(device, params);
   EXPECT_EQ(port->TakeWrites(), "B5 B0 2B EA 07 32 0A");
+  port->Answer(0x92, kAck + Bytes(6));
   EXPECT_EQ(ZRVGetTrackParams(device).NormalGain, 63);
   EXPECT_TRUE(ZRVGetTrackStatus(device).Valid);
   ZRVSetDeviceParam(device, ParamOutputOffsets, 1, -1);
