@@ -81,8 +81,7 @@ std::optional<std::string> Link::ReadLine() {
 
 void Link::ClearInputBuffer() {
   if (!Connected()) return;
-  const auto scratch = std::make_unique_for_overwrite<uint8_t[]>(kClearReadBytes);
-  port->Read(scratch.get(), kClearReadBytes, nullptr, 0, ZRVSerialIO::kReturnAtOnce);
+  port->Read(scratch_.data(), kClearReadBytes, nullptr, 0, ZRVSerialIO::kReturnAtOnce);
 }
 
 void Link::PurgeSerialBuffers() {

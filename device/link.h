@@ -81,6 +81,7 @@ class Link {
  private:
   CommandBuffer buffer_;
   std::vector<uint8_t> received_ = std::vector<uint8_t>(kReceiveBufferBytes);
+  std::vector<uint8_t> scratch_ = std::vector<uint8_t>(kClearReadBytes);  // for what is discarded
 };
 
 }  // namespace zrv

@@ -59,6 +59,10 @@ ZRV_API void ZRVDeleteDevice(ZRVDevice* device);
 /* How the last call ended. Does not clear it. */
 ZRV_API ZRVError ZRVGetLastError(ZRVDevice* device);
 
+/* What an error means, with the name of its code, and behind a line end what to do; no full stop at the end. The text is
+ * static. */
+ZRV_API const char* ZRVGetErrorText(ZRVError error);
+
 /* The library's version, "10.7.1.0". The text is static. */
 ZRV_API const char* ZRVGetAPIVersion(void);
 

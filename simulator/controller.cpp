@@ -36,6 +36,7 @@ Options Bounded(Options options) {
   options.sampleRateMin = std::clamp(options.sampleRateMin, 1u, 0xFFFFFFu);
   options.sampleRateMax = std::clamp(options.sampleRateMax, options.sampleRateMin, 0xFFFFFFu);
   options.sensorBlockSamples = std::max<size_t>(options.sensorBlockSamples, 1);
+  options.settling = options.settling > 0 ? std::min(options.settling, 10.0) : 0;
   options.captureCapacity = std::min<size_t>(options.captureCapacity, 0xFFFFFF);
   auto& rate = options.factory.sampleRate;
   rate = std::clamp(rate, options.sampleRateMin, options.sampleRateMax);
@@ -259,10 +260,10 @@ void Controller::RunClock() {
   }
 }
 
-// Of a long time that passes at once only the end is worked out: what the path can hold, and a second ahead
-// of it in which the mirror forgets how it began.
+// Of a long time that passes at once only the end is worked out: what the path can hold, and ahead of it as long as
+// the mirror takes to forget how it began.
 void Controller::RunTicks(uint64_t ticks) {
-  const uint64_t worth = options_.pathCapacity + settings_.sampleRate;
+  const uint64_t worth = options_.pathCapacity + static_cast<uint64_t>(settings_.sampleRate * options_.settling);
   if (ticks > worth) {
     const uint64_t skipped = ticks - worth;
     ticks_ += skipped;

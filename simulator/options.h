@@ -89,6 +89,7 @@ struct Options {
   AnalogSignal photoDetector;
 
   size_t pathCapacity = 100000;        // points of the drawn path that are kept, the newest ones
+  double settling = 1;                // seconds in which the mirror forgets how it began: see Controller::RunTicks
   size_t captureCapacity = 1000000;    // samples of the longest capture
   size_t sensorBlockSamples = 1000;    // between two marks of the sensor-module stream
   size_t streamBacklog = 256 * 1024;   // bytes of an unread input stream that are kept for the host

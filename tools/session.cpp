@@ -6,46 +6,12 @@
 #include <thread>
 #include <vector>
 
+#include "ZRVFlatInterface.h"
 #include "errors.h"
 #include "terminal.h"
 
 namespace zrvtool {
 namespace {
-
-struct ErrorText {
-  ZRVError error;
-  const char* name;
-  const char* meaning;
-  const char* advice;
-};
-
-constexpr ErrorText kErrors[] = {
-    {ErrorNone, "ErrorNone", "success", ""},
-    {ErrorNotConnected, "ErrorNotConnected", "no controller is connected", "List the controllers with: zrv list"},
-    {ErrorSerialComm, "ErrorSerialComm", "the controller cannot be reached over its port",
-     "Check that it is switched on, plugged in and not used by another program, then: zrv list"},
-    {ErrorDeviceResponse, "ErrorDeviceResponse", "the controller did not answer in time",
-     "Try again; if it stays silent, switch it off and on"},
-    {ErrorSerialReset, "ErrorSerialReset", "the link could not be brought back in step",
-     "Switch the controller off and on, then: zrv list"},
-    {ErrorBadAcknowledge, "ErrorBadAcknowledge", "the answer is not that of a controller",
-     "Check with zrv list that this is the controller's port"},
-    {ErrorInvalidValue, "ErrorInvalidValue", "the value is outside its range", "See --help for the range"},
-    {ErrorReadOnlyParam, "ErrorReadOnlyParam", "a value in it can only be read", "The other values were set"},
-    {ErrorInvalidParam, "ErrorInvalidParam", "there is no such parameter", "See: zrv get --help"},
-    {ErrorInvalidPortName, "ErrorInvalidPortName", "there is no serial port of that name",
-     "Give a name like ttyUSB0 or /dev/ttyUSB0 (on Windows COM3); zrv list shows them"},
-    {ErrorNoDeviceFound, "ErrorNoDeviceFound", "no controller was found there",
-     "Check the cable, your right to open the port and that no other program has it;\n"
-     "without hardware, run zrv simulate in another terminal"},
-};
-
-const ErrorText& TextOf(ZRVError error) {
-  for (const ErrorText& text : kErrors)
-    if (text.error == error) return text;
-  static constexpr ErrorText kUnknown = {ErrorNone, "unknown error", "the library gave no reason", "Try again"};
-  return kUnknown;
-}
 
 // Stops and switches off, and tries until it works: on a link that is sound again two calls fail at most. The parameters
 // are read first, for after an acknowledgement that was lost the record may say off while the laser is on, and switching
@@ -130,19 +96,16 @@ bool Failed(ZRVDevice& device) {
   const ZRVError error = device.GetLastError();
   if (error == ErrorNone) return false;
   if (device.IsDeviceResponding()) return true;
-  throw ToolError(std::string("lost the controller while playing: it no longer answers (") + TextOf(error).name +
-                  ").\nWas it unplugged, switched off or stopped? See what is there with: zrv list");
+  throw ToolError(std::string("lost the controller while playing: ") + ZRVGetErrorText(error) +
+                  ".\nWas it unplugged, switched off or stopped? See what is there with: zrv list");
 }
 
 }  // namespace
 
-const char* NameOf(ZRVError error) { return TextOf(error).name; }
-
 void Check(const ZRVDevice& device, const std::string& tried) {
   const ZRVError error = device.GetLastError();
   if (error == ErrorNone) return;
-  const ErrorText& text = TextOf(error);
-  throw ToolError("could not " + tried + ": " + text.meaning + " (" + text.name + ").\n" + text.advice + ".");
+  throw ToolError("could not " + tried + ": " + ZRVGetErrorText(error) + ".");
 }
 
 void TryToConnect(ZRVDevice& device, const std::string& port) {
@@ -199,9 +162,8 @@ void WatchPlaying(ZRVDevice& device, const Pattern& pattern, const PlayOptions& 
 void StopPlaying(ZRVDevice& device) {
   const ZRVError error = StopAndSwitchOff(device);
   if (error == ErrorNone) return;
-  const ErrorText& text = TextOf(error);
-  throw ToolError(std::string("could not make sure that it stopped and the laser is off: ") + text.meaning + " (" +
-                  text.name + ").\nSwitch the laser off by hand; when the controller answers again: zrv stop PORT.");
+  throw ToolError(std::string("could not make sure that it stopped and the laser is off: ") + ZRVGetErrorText(error) +
+                  ".\nSwitch the laser off by hand; when the controller answers again: zrv stop PORT.");
 }
 
 LaserGuard::~LaserGuard() {

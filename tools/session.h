@@ -10,8 +10,6 @@
 
 namespace zrvtool {
 
-const char* NameOf(ZRVError error);
-
 // Throws ToolError when the device's last call failed. tried completes "could not ...".
 void Check(const ZRVDevice& device, const std::string& tried);
 

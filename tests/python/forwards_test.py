@@ -15,7 +15,7 @@ MEMBERS = {
 }
 # Not forwards, or of two calls: looked at by other tests.
 OTHERS = {
-    "ZRVCreateDevice", "ZRVDeleteDevice", "ZRVCreateDataGenerator", "ZRVDeleteDataGenerator", "ZRVFreeText",
+    "ZRVCreateDevice", "ZRVDeleteDevice", "ZRVCreateDataGenerator", "ZRVDeleteDataGenerator", "ZRVFreeText", "ZRVGetErrorText",
     "ZRVLoadDeviceParams", "ZRVGetDeviceParam", "ZRVImageRasterPattern", *(f"ZRVInit{what}Settings" for what in (
         "Scan", "Waveform", "Spirograph", "Lissajous", "Clock", "Signal", "Import", "Text", "Pattern")),
 }
@@ -66,7 +66,7 @@ def declared():
 
 def defined():
     """Of each function its parameters, and the calls of members in its body with their arguments."""
-    code = code_of("device/flat_interface.cpp", "generator/flat_interface.cpp", "generator/image_raster.cpp")
+    code = code_of("device/flat_interface.cpp", "device/error_text.cpp", "generator/flat_interface.cpp", "generator/image_raster.cpp")
     functions = {}
     for found in re.finditer(r"^[\w \*]+?\b(ZRV\w+)\(", code, re.MULTILINE):
         end = closing(code, found.end() - 1)

@@ -259,7 +259,8 @@ sim::Options ControllerOptions() {
   options.bluetoothMAC = kAddress;
   options.analogInputs[0].offset = kVolts;
   options.photoDetector.offset = kDetector;
-  options.pathCapacity = 1000;
+  options.pathCapacity = 100;  // of what is drawn, which nobody looks at, and of a stream that nobody reads
+  options.settling = 0;
   options.sensorBlockSamples = kSensed;
   return options;
 }
