@@ -8,13 +8,6 @@ namespace zrv {
 constexpr float kUnavailable = 1e9f;
 constexpr unsigned int kUnavailableWhole = 1000000000;
 
-// Values from 1e8 on, and NaN, are such marks: neither sent nor saved.
-constexpr bool IsGiven(float value) { return value < 1e8f; }
-template <typename T>
-constexpr bool IsGiven(T value) {
-  return static_cast<unsigned int>(value) < 100000000;
-}
-
 }  // namespace zrv
 
 #endif

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "common/files.h"
+#include "common/parameters.h"
 #include "common/text_numbers.h"
 #include "device/markers.h"
 #include "device/state.h"
@@ -81,13 +82,24 @@ std::optional<std::string_view> FindValue(Lines& lines, std::string_view key) {
   return std::nullopt;
 }
 
-bool IsEnumKey(std::string_view key) {
-  return key == "DeviceAxes" || key == "DataMode" || key == "BootSetting" || key == "SyncMode";
+// The enumeration whose members a key's values are written by; null for numbers.
+const char* EnumerationOf(std::string_view key) {
+  for (const Parameter& row : kParameters) {
+    if (key == row.key && std::string_view(row.type).starts_with("ZRV")) return row.type;
+  }
+  return nullptr;
 }
 
 // Whole numbers beyond their type become its limits.
 unsigned int Saturated(float value) {
   return static_cast<unsigned int>(std::clamp(static_cast<double>(value), 0.0, 4294967295.0));
+}
+
+void Store(float value, float& field) { field = value; }
+void Store(float value, unsigned int& field) { field = Saturated(std::round(value)); }
+template <typename Enum>
+void Store(float value, Enum& field) {
+  field = static_cast<Enum>(Saturated(std::trunc(value)));
 }
 
 // --- The lines that are written ----------------------------------------------------------------------
@@ -96,23 +108,8 @@ void AppendLine(std::string& text, std::string_view key, std::string_view value)
   text.append(key).append(kSeparator).append(value).append("\n");
 }
 
-// Up to a line end, which would start another line of the file.
-template <size_t size>
-void AppendText(std::string& text, std::string_view key, const char (&field)[size]) {
-  const std::string_view whole(field, static_cast<size_t>(std::find(field, field + size, '\0') - field));
-  const std::string_view value = whole.substr(0, whole.find_first_of("\r\n"));
-  if (!value.empty()) AppendLine(text, key, value);
-}
-
 void AppendDigits(std::string& text, unsigned int value) { AppendUnsigned(text, value); }
 void AppendDigits(std::string& text, float value) { AppendFloat(text, value); }
-
-template <typename T>
-void AppendNumber(std::string& text, std::string_view key, T value) {
-  std::string digits;
-  AppendDigits(digits, value);
-  if (IsGiven(value)) AppendLine(text, key, digits);
-}
 
 }  // namespace
 
@@ -154,37 +151,25 @@ char* ZRVDevice::GetEnumString(std::string enumName, int value) const {
 }
 
 void ZRVDevice::SaveDeviceParams(const char* fileName, ZRVDeviceParams* params) {
-  const ZRVDeviceParams& p = params != nullptr ? *params : state_->params;
+  const P& record = params != nullptr ? *params : state_->params;
   std::string text;
-  const auto number = [&](const char* key, auto value) { AppendNumber(text, key, value); };
-  const auto member = [&](const char* key, const char* type, unsigned int value) {
-    AppendLine(text, key, EnumToString(type, static_cast<int>(value)));
-  };
-  AppendText(text, "DeviceName", p.DeviceName);
-  AppendText(text, "FirmwareName", p.FirmwareName);
-  AppendText(text, "CommType", p.CommType);
-  AppendText(text, "BluetoothMAC", p.BluetoothMAC);
-  number("USARTBaudRate", p.USARTBaudRate);
-  number("HardwareFilterOn", p.HardwareFilterOn);
-  number("VmaxMEMSDriver", p.VmaxMEMSDriver);
-  number("DeviceState", p.DeviceState);
-  number("DeviceErrorRegister", p.DeviceErrorRegister);
-  number("SampleRate", p.SampleRate);
-  number("HardwareFilterBw", p.HardwareFilterBw);
-  number("VdifferenceMax", p.VdifferenceMax);
-  number("Vbias", p.Vbias);
-  number("XOffset", p.XOffset);
-  number("YOffset", p.YOffset);
-  number("DataScale", p.DataScale);
-  number("DataRotation", p.DataRotation);
-  number("MEMSDriverEnable", p.MEMSDriverEnable);
-  number("DigitalOutputEnable", p.DigitalOutputEnable);
-  number("LaserModulationEnable", p.LaserModulationEnable);
-  number("BufferOffset", p.BufferOffset);
-  member("DeviceAxes", "ZRVAxes", p.DeviceAxes);
-  member("BootSetting", "ZRVBoot", p.BootSetting);
-  member("DataMode", "ZRVDataMode", p.DataMode);
-  member("SyncMode", "ZRVSync", p.SyncMode);
+  for (const Parameter& row : kParameters) {
+    if (!row.IsSaved()) continue;
+    row.Visit(record, [&](auto value) {
+      using T = decltype(value);
+      std::string written;
+      if constexpr (std::is_same_v<T, std::string_view>) {
+        written = value.substr(0, value.find_first_of("\r\n"));  // a line end would start another line of the file
+        if (written.empty()) return;
+      } else if constexpr (std::is_enum_v<T>) {
+        written = EnumToString(row.type, static_cast<int>(value));
+      } else {
+        if (!IsGiven(value)) return;
+        AppendDigits(written, value);
+      }
+      AppendLine(text, row.key, written);
+    });
+  }
   const std::span bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
   state_->link.error = WriteWholeFile(fileName, bytes) ? ErrorNone : ErrorInvalidValue;
 }
@@ -194,36 +179,23 @@ float ZRVDevice::LoadDeviceParam(const char* fileName, const char* key, float de
   Lines lines(fileName);
   auto value = FindValue(lines, key);
   if (!value) return defaultValue;
-  if (!IsEnumKey(key)) return TakeFloat(*value).value_or(defaultValue);
+  if (EnumerationOf(key) == nullptr) return TakeFloat(*value).value_or(defaultValue);
   return static_cast<float>(EnumToInt(std::string(TakeWord(*value))));
 }
 
 void ZRVDevice::LoadDeviceParams(ZRVDeviceParams* params, const char* fileName) {
   state_->link.error = params != nullptr ? ErrorNone : ErrorNotConnected;
   if (params == nullptr) return;
-  ZRVDeviceParams& p = *params;
-  p.ParamsValid = 0;
-  p.DeviceName[0] = p.FirmwareName[0] = p.CommType[0] = '\0';
-  p.USARTBaudRate = p.HardwareFilterOn = p.DeviceState = p.DeviceErrorRegister = kUnavailableWhole;
-  p.VmaxMEMSDriver = kUnavailable;
-
-  const auto real = [&](const char* key) { return LoadDeviceParam(fileName, key, kUnavailable); };
-  const auto whole = [&](const char* key) { return Saturated(std::round(real(key))); };
-  const auto code = [&](const char* key) { return Saturated(std::trunc(real(key))); };
-  p.SampleRate = whole("SampleRate");
-  p.HardwareFilterBw = whole("HardwareFilterBw");
-  p.VdifferenceMax = real("VdifferenceMax");
-  p.Vbias = real("Vbias");
-  p.XOffset = real("XOffset");
-  p.YOffset = real("YOffset");
-  p.DataScale = real("DataScale");
-  p.DataRotation = real("DataRotation");
-  p.BufferOffset = whole("BufferOffset");
-  p.DeviceAxes = static_cast<ZRVAxes>(code("DeviceAxes"));
-  p.BootSetting = static_cast<ZRVBoot>(code("BootSetting"));
-  p.DataMode = static_cast<ZRVDataMode>(code("DataMode"));
-  p.MEMSDriverEnable = whole("MEMSDriverEnable");
-  p.DigitalOutputEnable = whole("DigitalOutputEnable");
-  p.LaserModulationEnable = whole("LaserModulationEnable");
-  p.SyncMode = static_cast<ZRVSync>(code("SyncMode"));
+  params->ParamsValid = 0;
+  params->DeviceName[0] = params->FirmwareName[0] = params->CommType[0] = '\0';
+  for (const Parameter& row : kParameters) {
+    if (!row.IsSaved()) continue;
+    const bool loaded = row.use == ParamUse::kSetting;
+    const float value = loaded ? LoadDeviceParam(fileName, row.key, kUnavailable) : kUnavailable;
+    std::visit(
+        [&](auto at) {
+          if constexpr (std::is_member_object_pointer_v<decltype(at)>) Store(value, params->*at);
+        },
+        row.field);
+  }
 }

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "common/parameters.h"
 #include "device/markers.h"
 #include "device/protocol.h"
 #include "device/state.h"
@@ -224,17 +225,53 @@ void ZRVDevice::SetDefaultDeviceName(const char* name, std::string accessCode) {
 
 // --- Whole records -----------------------------------------------------------------------------------
 
+// Numbers as they are: a double holds every whole number and every float of the record.
+void zrv::DeviceState::Set(ZRVDevice& device, unsigned int param, double value, double second) {
+  const auto real = static_cast<float>(value);
+  const auto whole = static_cast<unsigned int>(value);
+  switch (param) {
+    case ParamUSARTBaudRate: return device.SetUSARTBaudRate(whole);
+    case ParamSampleRate: return device.SetSampleRate(whole);
+    case ParamHardwareFilterBw: return device.SetHardwareFilterBw(whole);
+    case ParamVdifferenceMax: return device.SetVdifferenceMax(real);
+    case ParamVbias: return device.SetVbias(real);
+    case ParamOutputOffsets: return device.SetOutputOffsets(real, static_cast<float>(second));
+    case ParamDataScale: return device.SetDataScale(real);
+    case ParamDataRotation: return device.SetDataRotation(real);
+    case ParamMEMSDriverEnable: return device.SetMEMSDriverEnable(whole);
+    case ParamDigitalOutputEnable: return device.SetDigitalOutputEnable(whole);
+    case ParamLaserModulationEnable: return device.SetLaserModulationEnable(whole);
+    case ParamBufferOffset: return device.SetBufferOffset(whole);
+    case ParamDeviceAxes: return device.SetDeviceAxes(static_cast<ZRVAxes>(whole));
+    case ParamBootSetting: return device.SetBootParams(static_cast<ZRVBoot>(whole));
+    case ParamDataMode: return device.SetDataMode(static_cast<ZRVDataMode>(whole));
+    case ParamSyncMode: return device.SetSyncMode(static_cast<ZRVSync>(whole));
+    default: return;
+  }
+}
+
 namespace {
 
-bool ChangesReadOnly(const P& wanted, const P& current) {
-  const auto textChanged = [](const char* text, const char* now) { return *text != '\0' && std::strcmp(text, now) != 0; };
-  const auto changed = [](auto value, auto now) { return value != now && IsGiven(value); };
-  return textChanged(wanted.FirmwareName, current.FirmwareName) || textChanged(wanted.CommType, current.CommType) ||
-         textChanged(wanted.BluetoothMAC, current.BluetoothMAC) ||
-         changed(wanted.DeviceErrorRegister, current.DeviceErrorRegister) ||
-         changed(wanted.DeviceState, current.DeviceState) ||
-         changed(wanted.HardwareFilterOn, current.HardwareFilterOn) ||
-         changed(wanted.VmaxMEMSDriver, current.VmaxMEMSDriver);
+double Number(std::string_view) { return 0; }
+double Number(float value) { return static_cast<double>(value); }
+template <typename Whole>
+double Number(Whole value) {
+  return static_cast<double>(static_cast<unsigned int>(value));
+}
+
+bool Differs(std::string_view wanted, std::string_view current) { return !wanted.empty() && wanted != current; }
+template <typename T>
+bool Differs(T wanted, T current) {
+  return IsGiven(wanted) && wanted != current;
+}
+
+bool Differs(const Parameter& row, const P& wanted, const P& current) {
+  return row.Visit(wanted, [&]<typename T>(T value) {
+    return row.Visit(current, [&]<typename U>(U now) {
+      if constexpr (std::is_same_v<T, U>) return Differs(value, now);
+      else return false;
+    });
+  });
 }
 
 }  // namespace
@@ -259,99 +296,53 @@ void ZRVDevice::SetDeviceParams(ZRVDeviceParams* params) {
     std::memcpy(current.DeviceName, wanted.DeviceName, sizeof wanted.DeviceName);
   }
   ZRVError worst = link.error;
-  if (ChangesReadOnly(wanted, current)) worst = std::max(worst, ErrorReadOnlyParam);
-  link.error = worst;
-  // A field that is given goes through its setter, which compares.
-  const auto apply = [&](auto value, auto set) {
-    if (!IsGiven(value)) return;
-    worst = std::max(worst, link.error);
-    (this->*set)(value);
-    link.error = std::max(worst, link.error);
-  };
-  apply(wanted.USARTBaudRate, &ZRVDevice::SetUSARTBaudRate);
-  apply(wanted.SampleRate, &ZRVDevice::SetSampleRate);
-  apply(wanted.HardwareFilterBw, &ZRVDevice::SetHardwareFilterBw);
-  apply(wanted.VdifferenceMax, &ZRVDevice::SetVdifferenceMax);
-  apply(wanted.Vbias, &ZRVDevice::SetVbias);
+  for (const Parameter& row : kParameters) {
+    if (row.IsSaved() && !row.IsSet() && Differs(row, wanted, current)) worst = std::max(worst, ErrorReadOnlyParam);
+  }
   const float x = IsGiven(wanted.XOffset) ? wanted.XOffset : current.XOffset;
   const float y = IsGiven(wanted.YOffset) ? wanted.YOffset : current.YOffset;
-  if (x != current.XOffset || y != current.YOffset) {
-    worst = link.error;
-    SetOutputOffsets(x, y);
-    link.error = std::max(worst, link.error);
+  for (const Parameter& row : kParameters) {
+    const bool offsets = row.number == ParamOutputOffsets;  // both go out together, once
+    const bool moved = offsets && &row == FindParameter(row.number) && (x != current.XOffset || y != current.YOffset);
+    if (!row.IsSet() || !(offsets ? moved : Differs(row, wanted, current))) continue;
+    const double value = offsets ? Number(x) : row.Visit(wanted, [](auto given) { return Number(given); });
+    link.error = ErrorNone;
+    DeviceState::Set(*this, row.number, value, Number(y));
+    worst = std::max(worst, link.error);
   }
-  apply(wanted.DataScale, &ZRVDevice::SetDataScale);
-  apply(wanted.DataRotation, &ZRVDevice::SetDataRotation);
-  apply(wanted.MEMSDriverEnable, &ZRVDevice::SetMEMSDriverEnable);
-  apply(wanted.DigitalOutputEnable, &ZRVDevice::SetDigitalOutputEnable);
-  apply(wanted.LaserModulationEnable, &ZRVDevice::SetLaserModulationEnable);
-  apply(wanted.BufferOffset, &ZRVDevice::SetBufferOffset);
-  apply(wanted.DeviceAxes, &ZRVDevice::SetDeviceAxes);
-  apply(wanted.BootSetting, &ZRVDevice::SetBootParams);
-  if (wanted.DataMode != current.DataMode) apply(wanted.DataMode, &ZRVDevice::SetDataMode);
-  apply(wanted.SyncMode, &ZRVDevice::SetSyncMode);
+  link.error = worst;
 }
 
 // --- Single parameters -------------------------------------------------------------------------------
 
 float ZRVDevice::GetDeviceParam(ZRVParam param, int axis) {
   state_->link.error = ErrorNone;
-  const ZRVDeviceParams& p = state_->params;
-  const auto number = [](auto value) { return static_cast<float>(static_cast<unsigned int>(value)); };
-  switch (param) {
-    case ParamDeviceState: GetDeviceState(); return number(p.DeviceState);
-    case ParamUSARTBaudRate: return number(p.USARTBaudRate);
-    case ParamSampleRate: return number(p.SampleRate);
-    case ParamHardwareFilterBw: return number(p.HardwareFilterBw);
-    case ParamVdifferenceMax: return p.VdifferenceMax;
-    case ParamVbias: return p.Vbias;
-    case ParamOutputOffsets: return axis == 0 ? p.XOffset : p.YOffset;
-    case ParamDataScale: return p.DataScale;
-    case ParamDataRotation: return p.DataRotation;
-    case ParamMEMSDriverEnable: return number(p.MEMSDriverEnable);
-    case ParamDigitalOutputEnable: return number(p.DigitalOutputEnable);
-    case ParamLaserModulationEnable: return number(p.LaserModulationEnable);
-    case ParamBufferOffset: return number(p.BufferOffset);
-    case ParamDeviceAxes: return number(p.DeviceAxes);
-    case ParamBootSetting: return number(p.BootSetting);
-    case ParamDataMode: return number(p.DataMode);
-    case ParamSyncMode: return number(p.SyncMode);
-    case ParamSyncState: return number(p.SyncState);
+  const Parameter* row = FindParameter(param, axis != 0);
+  if (row == nullptr) {
+    state_->link.error = ErrorInvalidParam;
+    return kUnavailable;
   }
-  state_->link.error = ErrorInvalidParam;
-  return kUnavailable;
+  if (param == ParamDeviceState) GetDeviceState();
+  return static_cast<float>(row->Visit(state_->params, [](auto value) { return Number(value); }));
 }
 
+// Whole numbers are rounded, switches are on for anything but 0, codes are truncated.
 void ZRVDevice::SetDeviceParam(ZRVParam param, float value1, float value2) {
-  state_->link.error = ErrorNone;
-  const auto whole = [&](void (ZRVDevice::*set)(unsigned int)) {
-    return std::isnan(value1) ? Refuse(*state_) : (this->*set)(Rounded(value1));
-  };
-  const auto code = [&]<typename Enum>(void (ZRVDevice::*set)(Enum)) {
-    return !std::isfinite(value1) ? Refuse(*state_) : (this->*set)(static_cast<Enum>(Truncated(value1)));
-  };
-  const auto flag = [&](void (ZRVDevice::*set)(unsigned int)) {
-    return !std::isfinite(value1) ? Refuse(*state_) : (this->*set)(value1 != 0.0f ? 1 : 0);
-  };
-  switch (param) {
-    case ParamUSARTBaudRate: return whole(&ZRVDevice::SetUSARTBaudRate);
-    case ParamSampleRate: return whole(&ZRVDevice::SetSampleRate);
-    case ParamHardwareFilterBw: return whole(&ZRVDevice::SetHardwareFilterBw);
-    case ParamVdifferenceMax: return SetVdifferenceMax(value1);
-    case ParamVbias: return SetVbias(value1);
-    case ParamOutputOffsets: return SetOutputOffsets(value1, value2);
-    case ParamDataScale: return SetDataScale(value1);
-    case ParamDataRotation: return SetDataRotation(value1);
-    case ParamMEMSDriverEnable: return flag(&ZRVDevice::SetMEMSDriverEnable);
-    case ParamDigitalOutputEnable: return flag(&ZRVDevice::SetDigitalOutputEnable);
-    case ParamLaserModulationEnable: return flag(&ZRVDevice::SetLaserModulationEnable);
-    case ParamBufferOffset: return std::isinf(value1) ? Refuse(*state_) : whole(&ZRVDevice::SetBufferOffset);
-    case ParamDeviceAxes: return code(&ZRVDevice::SetDeviceAxes);
-    case ParamBootSetting: return code(&ZRVDevice::SetBootParams);
-    case ParamDataMode: return code(&ZRVDevice::SetDataMode);
-    case ParamSyncMode: return code(&ZRVDevice::SetSyncMode);
-    default: state_->link.error = ErrorInvalidParam;
+  Link& link = state_->link;
+  link.error = ErrorNone;
+  const Parameter* row = FindParameter(param);
+  if (row == nullptr || !row->IsSet()) {
+    link.error = ErrorInvalidParam;
+    return;
   }
+  const bool real = std::holds_alternative<float P::*>(row->field), code = std::string_view(row->type) != "";
+  const bool unlimited = code || param == ParamBufferOffset;
+  if (!real && (std::isnan(value1) || (unlimited && std::isinf(value1)))) return Refuse(*state_);
+  const double value = real                                         ? static_cast<double>(value1)
+                       : std::string_view(row->type) == "Switch" ? (value1 != 0.0f ? 1 : 0)
+                       : code                                       ? Truncated(value1)
+                                                                    : Rounded(value1);
+  DeviceState::Set(*this, param, value, static_cast<double>(value2));
 }
 
 unsigned int ZRVDevice::CalcHardwareFilterDelay(unsigned int numSamples) const {

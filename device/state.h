@@ -29,6 +29,9 @@ struct DeviceState {
   StopValues stop;
   std::vector<uint32_t> colours;           // 0x00RRGGBB by sample index
   std::array<GammaCurve, 3> gammaCurves;   // red, green, blue
+
+  // Through the setter of a parameter; second is Y of the output offsets.
+  static void Set(ZRVDevice& device, unsigned int param, double value, double second);
 };
 
 // The insides of a device, for tests.

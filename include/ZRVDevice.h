@@ -288,6 +288,7 @@ class ZRV_API ZRVDevice {
   void ResetDevice();
 
  private:
+  friend struct zrv::DeviceState;
   friend zrv::DeviceState& zrv::StateOf(ZRVDevice& device);
 
   void CheckConnectDevice(ZRVDeviceParams* params);

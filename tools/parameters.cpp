@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/parameters.h"
 #include "errors.h"
 #include "values.h"
 
@@ -112,27 +113,17 @@ void AddLimits(Report& r, const ZRVDeviceParams& p) {
 }  // namespace
 
 const std::vector<ParameterRow>& Parameters() {
-  static const std::vector<ParameterRow> rows = {
-      {"SampleRate", ParamSampleRate, 0, "samples/s", nullptr, true, "samples played per second"},
-      {"HardwareFilterBw", ParamHardwareFilterBw, 0, "Hz", nullptr, true, "bandwidth of the low-pass ahead of the mirror"},
-      {"VdifferenceMax", ParamVdifferenceMax, 0, "V", nullptr, true, "largest difference of the voltages of an axis"},
-      {"Vbias", ParamVbias, 0, "V", nullptr, true, "bias voltage of the mirror driver"},
-      {"XOffset", ParamOutputOffsets, 0, "", nullptr, true, "offset of the output in X, -1..1"},
-      {"YOffset", ParamOutputOffsets, 1, "", nullptr, true, "offset of the output in Y, -1..1"},
-      {"DataScale", ParamDataScale, 0, "", nullptr, true, "factor on the positions, 0..1"},
-      {"DataRotation", ParamDataRotation, 0, "rad", nullptr, true, "rotation of the positions"},
-      {"MEMSDriverEnable", ParamMEMSDriverEnable, 0, "", "Switch", true, "mirror driver"},
-      {"DigitalOutputEnable", ParamDigitalOutputEnable, 0, "", "Switch", true, "digital outputs"},
-      {"LaserModulationEnable", ParamLaserModulationEnable, 0, "", "Switch", true, "laser modulation"},
-      {"BufferOffset", ParamBufferOffset, 0, "samples", nullptr, true, "offset in the sample memory"},
-      {"DeviceAxes", ParamDeviceAxes, 0, "", "ZRVAxes", true, "orientation of the axes"},
-      {"BootSetting", ParamBootSetting, 0, "", "ZRVBoot", true, "what the controller starts with"},
-      {"DataMode", ParamDataMode, 0, "", "ZRVDataMode", true, "what the controller plays or streams"},
-      {"SyncMode", ParamSyncMode, 0, "", "ZRVSync", true, "synchronisation output"},
-      {"USARTBaudRate", ParamUSARTBaudRate, 0, "baud", nullptr, true, "speed of the serial link"},
-      {"DeviceState", ParamDeviceState, 0, "", nullptr, false, "state word"},
-      {"SyncState", ParamSyncState, 0, "", nullptr, false, "output format code, 0..7"},
-  };
+  static const std::vector<ParameterRow> rows = [] {
+    std::vector<ParameterRow> made;
+    for (const bool setting : {true, false}) {
+      for (const zrv::Parameter& p : zrv::kParameters) {
+        if (p.number == 0 || setting != (p.use == zrv::ParamUse::kSetting)) continue;
+        const int axis = &p != zrv::FindParameter(p.number);  // Y of the output offsets
+        made.push_back({p.key, static_cast<ZRVParam>(p.number), axis, p.unit, *p.type ? p.type : nullptr, p.IsSet(), p.help});
+      }
+    }
+    return made;
+  }();
   return rows;
 }
 

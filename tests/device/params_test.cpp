@@ -189,6 +189,10 @@ TEST_F(Params, ARecordSendsWhatChangedAndKeepsTheWorstError) {
   p.SyncMode = static_cast<ZRVSync>(1000000000);
   EXPECT_EQ(SentRecord(), "B5 B0 2B E8 09 E8 03 00 0A | B5 B0 2B BF 0A 00 A0 00 80 0A | B5 B0 2B E7 07 04 0A");
   EXPECT_EQ(device.GetLastError(), ErrorInvalidValue);
+  device.GetDeviceParams(&p);
+  p.XOffset = 0.5f;
+  p.YOffset = -3;  // held in -1
+  EXPECT_EQ(SentRecord(), "B5 B0 2B BF 0A 00 C0 01 00 0A");
 }
 
 TEST_F(Params, ReadOnlyFields) {
