@@ -113,11 +113,11 @@ void Run(State& state, bool composite, Composite generate, ByHand steps) {
 }
 
 // Benchmarks name and nameByHand of GenerateNameData.
-#define ZRV_PAIR(name, generate, steps)                              \
-  void name(State& state) { Run(state, true, generate, steps); }     \
-  BENCHMARK(name);                                                   \
+#define ZRV_PAIR(name, generate, steps)                                   \
+  void name(State& state) { Run(state, true, generate, steps); }          \
+  BENCHMARK(name);                                                        \
   void name##ByHand(State& state) { Run(state, false, generate, steps); } \
-  BENCHMARK(name##ByHand);                                           \
+  BENCHMARK(name##ByHand);                                                \
   const zrv::bench::Aim kAim##name("Generate" #name "Data, to its steps by hand", #name, #name "ByHand", 1.15)
 
 #define ZRV_OUT s.out.x.data(), s.out.y.data(), s.out.m.data()
@@ -135,16 +135,16 @@ ZRV_PAIR(Waveform, MakeWaveform, WaveformSteps);
 void MakeSpirograph(Workbench& s) { s.g.GenerateSpirographData(ZRV_OUT, s.scan, {}, s.samples, s.frames); }
 unsigned int SpirographSteps(Workbench& s) {
   const ZRVSpirographSettings p;
-  return s.FinishSamples(s.g.SpirographCurve(ZRV_OUT, s.PerFrame(), p.Curve, 0, p.Amplitude, p.RingA, p.RingB,
-                                             p.PenDistance));
+  return s.FinishSamples(
+      s.g.SpirographCurve(ZRV_OUT, s.PerFrame(), p.Curve, 0, p.Amplitude, p.RingA, p.RingB, p.PenDistance));
 }
 ZRV_PAIR(Spirograph, MakeSpirograph, SpirographSteps);
 
 void MakeLissajous(Workbench& s) { s.g.GenerateLissajousData(ZRV_OUT, s.scan, {}, s.samples, s.frames); }
 unsigned int LissajousSteps(Workbench& s) {
   const ZRVLissajousSettings l;
-  return s.FinishSamples(s.g.LissajousCurve(ZRV_OUT, s.PerFrame(), 0, l.Amplitude, l.FreqX, l.FreqY, l.Phase, 0, 0, 0,
-                                            0));
+  return s.FinishSamples(
+      s.g.LissajousCurve(ZRV_OUT, s.PerFrame(), 0, l.Amplitude, l.FreqX, l.FreqY, l.Phase, 0, 0, 0, 0));
 }
 ZRV_PAIR(Lissajous, MakeLissajous, LissajousSteps);
 
@@ -158,8 +158,8 @@ ZRV_PAIR(Clock, MakeClock, ClockSteps);
 void MakeSignal(Workbench& s) { s.g.GenerateSignalData(ZRV_OUT, s.scan, {}, s.samples, s.frames, s.rate); }
 unsigned int SignalSteps(Workbench& s) {
   const ZRVSignalSettings q;
-  return s.FinishSamples(s.g.RQWaveform(ZRV_OUT, s.rate, false, q.AmplitudeX, q.AmplitudeY, q.Frequency, q.XMultiple,
-                                        q.RisePortion, 0));
+  return s.FinishSamples(
+      s.g.RQWaveform(ZRV_OUT, s.rate, false, q.AmplitudeX, q.AmplitudeY, q.Frequency, q.XMultiple, q.RisePortion, 0));
 }
 ZRV_PAIR(Signal, MakeSignal, SignalSteps);
 
@@ -174,8 +174,7 @@ void MakeText(Workbench& s) {
 unsigned int TextSteps(Workbench& s) {
   const ZRVTextSettings text;
   s.g.HersheyDataSize(kText, sizeof kText - 1, 0);  // the room that it needs
-  return s.FinishKeypoints(
-      s.g.HersheyDataStream(ZRV_KEYPOINTS, kText, sizeof kText - 1, 0, text.Amplitude, 0, false));
+  return s.FinishKeypoints(s.g.HersheyDataStream(ZRV_KEYPOINTS, kText, sizeof kText - 1, 0, text.Amplitude, 0, false));
 }
 ZRV_PAIR(Text, MakeText, TextSteps);
 #endif

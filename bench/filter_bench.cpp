@@ -83,8 +83,8 @@ void BM_Liquid(benchmark::State& state) {
   Scan scan;
   iirfilt_rrrf filters[2];
   for (auto& filter : filters) {
-    filter = iirfilt_rrrf_create_prototype(LIQUID_IIRDES_BUTTER, LIQUID_IIRDES_LOWPASS, LIQUID_IIRDES_SOS,
-                                           Order(state), kCutoff, 0.0f, 1.0f, 48.0f);
+    filter = iirfilt_rrrf_create_prototype(LIQUID_IIRDES_BUTTER, LIQUID_IIRDES_LOWPASS, LIQUID_IIRDES_SOS, Order(state),
+                                           kCutoff, 0.0f, 1.0f, 48.0f);
   }
   for (auto _ : state) {
     iirfilt_rrrf_execute_block(filters[0], scan.x.data(), kSamples, scan.xOut.data());
@@ -101,7 +101,8 @@ BENCHMARK(BM_Liquid)->Arg(2)->Arg(8)->Arg(20);
 // The script times sosfilt itself, without the start of the interpreter, and prints seconds a call.
 void BM_Scipy(benchmark::State& state) {
   const std::string result = "sosfilt_seconds.txt";
-  const std::string command = std::string(ZRV_BENCH_SCIPY_COMMAND) + " " + std::to_string(Order(state)) + " > " + result;
+  const std::string command =
+      std::string(ZRV_BENCH_SCIPY_COMMAND) + " " + std::to_string(Order(state)) + " > " + result;
   for (auto _ : state) {
     double seconds = 0;
     if (std::system(command.c_str()) != 0 || !(std::ifstream(result) >> seconds)) {

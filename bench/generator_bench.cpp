@@ -74,8 +74,8 @@ void Linear(State& state) {
   const Arrays in = Keypoints(Count(state));
   Arrays out(Samples(state) + Count(state));
   for (auto _ : state) {
-    benchmark::DoNotOptimize(g.InterpolateDataLinear(in.x.data(), in.y.data(), in.m.data(), out.x.data(),
-                                                     out.y.data(), out.m.data(), Count(state), Samples(state), 2));
+    benchmark::DoNotOptimize(g.InterpolateDataLinear(in.x.data(), in.y.data(), in.m.data(), out.x.data(), out.y.data(),
+                                                     out.m.data(), Count(state), Samples(state), 2));
   }
   PerItem(state, Samples(state));
 }
@@ -86,9 +86,9 @@ void Trapezoidal(State& state) {
   const Arrays in = Keypoints(Count(state));
   Arrays out(Samples(state) + Count(state));
   for (auto _ : state) {
-    benchmark::DoNotOptimize(
-        g.InterpolateDataTrapezoidal(in.x.data(), in.y.data(), in.m.data(), out.x.data(), out.y.data(),
-                                     out.m.data(), Count(state), Samples(state), 2, 0.2f, 0.3f));
+    benchmark::DoNotOptimize(g.InterpolateDataTrapezoidal(in.x.data(), in.y.data(), in.m.data(), out.x.data(),
+                                                          out.y.data(), out.m.data(), Count(state), Samples(state), 2,
+                                                          0.2f, 0.3f));
   }
   PerItem(state, Samples(state));
 }
@@ -114,11 +114,13 @@ const Aim kInterpolationAims[] = {
     {"trapezoidal interpolation, 10 keypoints", "Trapezoidal/1000000/10", "FillOnly/1000000", 3},
     {"trapezoidal interpolation, 1000 keypoints", "Trapezoidal/1000000/1000", "FillOnly/1000000", 3},
     {"trapezoidal interpolation, 100000 keypoints", "Trapezoidal/1000000/100000", "FillOnly/1000000", 3},
-    {"trapezoidal interpolation, 100000 keypoints, 10 million samples", "Trapezoidal/10000000/100000", "FillOnly/10000000", 3},
+    {"trapezoidal interpolation, 100000 keypoints, 10 million samples", "Trapezoidal/10000000/100000",
+     "FillOnly/10000000", 3},
     {"optimized interpolation, 10 keypoints", "Optimized/1000000/10", "FillOnly/1000000", 4},
     {"optimized interpolation, 1000 keypoints", "Optimized/1000000/1000", "FillOnly/1000000", 4},
     {"optimized interpolation, 100000 keypoints", "Optimized/1000000/100000", "FillOnly/1000000", 4},
-    {"optimized interpolation, 100000 keypoints, 10 million samples", "Optimized/10000000/100000", "FillOnly/10000000", 4},
+    {"optimized interpolation, 100000 keypoints, 10 million samples", "Optimized/10000000/100000", "FillOnly/10000000",
+     4},
 };
 
 // --- Keypoints. A fresh copy each round, whose cost is in the figure.
@@ -155,10 +157,10 @@ void Library(State& state, Value value) {
   PerItem(state, kPoints);
 }
 
-#define ZRV_LIBRARY(name, ...)                                                                           \
-  void name(State& state) {                                                                              \
+#define ZRV_LIBRARY(name, ...)                                                                             \
+  void name(State& state) {                                                                                \
     Library(state, []([[maybe_unused]] double a, [[maybe_unused]] double radius) { return __VA_ARGS__; }); \
-  }                                                                                                      \
+  }                                                                                                        \
   BENCHMARK(name)
 
 ZRV_LIBRARY(LibSin, std::sin(a * 10));
@@ -186,10 +188,10 @@ void Curve(State& state, Draw draw) {
   PerItem(state, kPoints);
 }
 
-#define ZRV_CURVE(name, ...)                                                               \
-  void name(State& state) {                                                                \
+#define ZRV_CURVE(name, ...)                                                                   \
+  void name(State& state) {                                                                    \
     Curve(state, [](float* x, float* y, unsigned char* m) { return Generator::__VA_ARGS__; }); \
-  }                                                                                        \
+  }                                                                                            \
   BENCHMARK(name)
 
 ZRV_CURVE(Sine, SineWaveform(x, y, m, kPoints, 1, 10, 0));
@@ -219,10 +221,10 @@ void Transform(State& state, Change change) {
   PerItem(state, kPoints);
 }
 
-#define ZRV_TRANSFORM(name, ...)                                                              \
-  void name(State& state) {                                                                   \
-    Transform(state, [](const Generator& g, float* x, float* y) { return g.__VA_ARGS__; });   \
-  }                                                                                           \
+#define ZRV_TRANSFORM(name, ...)                                                            \
+  void name(State& state) {                                                                 \
+    Transform(state, [](const Generator& g, float* x, float* y) { return g.__VA_ARGS__; }); \
+  }                                                                                         \
   BENCHMARK(name)
 
 ZRV_TRANSFORM(CopyOnly, TransformData(x, y, 0, 1, 0, 0, 0, false, 0, 0));
@@ -240,8 +242,8 @@ void Animation(State& state, unsigned int kind) {
   Arrays frames(static_cast<size_t>(kPoints) * kFrames);
   for (auto _ : state) {
     std::copy_n(base.x.begin(), kPoints, frames.x.begin());
-    benchmark::DoNotOptimize(Generator::GenerateAnimations(frames.x.data(), frames.y.data(), frames.m.data(), kind,
-                                                           kPoints, kFrames));
+    benchmark::DoNotOptimize(
+        Generator::GenerateAnimations(frames.x.data(), frames.y.data(), frames.m.data(), kind, kPoints, kFrames));
   }
   PerItem(state, static_cast<size_t>(kPoints) * kFrames);
 }

@@ -80,7 +80,6 @@ void BM_BareRoundTrip(benchmark::State& state) {
 }
 BENCHMARK(BM_BareRoundTrip)->UseRealTime();
 
-
 void BM_CommandRoundTrip(benchmark::State& state) {
   zrv::sim::PseudoTerminal simulator;
   ZRVDevice device;

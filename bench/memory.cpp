@@ -128,8 +128,7 @@ bool MeasureDevice(int rounds) {
   const Use again = Measure([&] { PlayOnce(*device, port, a); });
   device.reset();
   std::printf("connect, send %u samples, play, stop, disconnect:\n", kBlock);
-  std::printf("  the first time, with a device   %8zu bytes at most, %ld kept\n",
-              first.peak, first.kept);
+  std::printf("  the first time, with a device   %8zu bytes at most, %ld kept\n", first.peak, first.kept);
   std::printf("  again, with a device that is there %5zu bytes at most, %ld kept\n", again.peak, again.kept);
 
   const auto round = [&] { PlayOnce(*std::make_unique<ZRVDevice>(), port, a); };
@@ -146,8 +145,8 @@ bool MeasureDevice(int rounds) {
 
 struct Workbench {
   ZRVDataGenerator g;
-  Arrays keys{kSamples + 1};          // kKeypoints of them lit and blank by turns
-  Arrays out{3 * kSamples};           // what a filter without delay needs
+  Arrays keys{kSamples + 1};  // kKeypoints of them lit and blank by turns
+  Arrays out{3 * kSamples};   // what a filter without delay needs
   std::vector<unsigned char> image = std::vector<unsigned char>(100 * 100, 255);
   std::vector<int> lastDark = std::vector<int>(100, 99);
   std::vector<float> dwell = std::vector<float>(kKeypoints, 0.5f);
@@ -186,11 +185,18 @@ struct Family {
 };
 
 // A generator that says how much it wrote, one that writes `count`, and a composite one; over a workbench w.
-#define WRITES(generator, ...) {#generator, [](Workbench& w) -> unsigned { return w.g.generator(__VA_ARGS__); }}
-#define FILLS(count, generator, ...) \
-  {#generator, [](Workbench& w) -> unsigned { w.g.generator(__VA_ARGS__); return count; }}
-#define COMPOSES(generator, ...) \
-  {#generator, [](Workbench& w) { return Compose<&ZRVDataGenerator::generator>(w, __VA_ARGS__); }}
+#define WRITES(generator, ...)                                                       \
+  {                                                                                  \
+#generator, [](Workbench & w) -> unsigned { return w.g.generator(__VA_ARGS__); } \
+  }
+#define FILLS(count, generator, ...)                                                   \
+  {                                                                                    \
+#generator, [](Workbench& w) -> unsigned { w.g.generator(__VA_ARGS__); return count; } \
+  }
+#define COMPOSES(generator, ...)                                                                    \
+  {                                                                                                 \
+#generator, [](Workbench & w) { return Compose<&ZRVDataGenerator::generator>(w, __VA_ARGS__); } \
+  }
 #define OUT w.x, w.y, w.m
 #define KEYS w.keys.x.data(), w.keys.y.data(), w.keys.m.data()
 
@@ -226,8 +232,8 @@ const Family kFamilies[] = {
     WRITES(LinearRasterPattern, OUT, 0.9f, 0.9f, 80, 100, 0.02f, false, true, 3, 0.1f, w.sps, 1, 100000),
     WRITES(LinearRasterPatternImaging, OUT, 0.9f, 0.9f, 100, 100, 0.02f, false, true, 3, 0.1f, w.sps, 1, 100000),
     WRITES(PointToPointPattern, OUT, KEYS, w.dwell.data(), kKeypoints, 0.1f, w.sps = 20000, 1, 100000),
-    WRITES(LaserWriterDataStream, OUT, w.image.data(), w.lastDark.data(), 100, 100, 0.02f, true, w.sps, 1, 20000,
-           -0.8f, 0.8f, -0.8f, 0.8f),
+    WRITES(LaserWriterDataStream, OUT, w.image.data(), w.lastDark.data(), 100, 100, 0.02f, true, w.sps, 1, 20000, -0.8f,
+           0.8f, -0.8f, 0.8f),
     COMPOSES(GenerateWaveformData, ZRVWaveformSettings{}),
     COMPOSES(GenerateSpirographData, ZRVSpirographSettings{}),
     COMPOSES(GenerateLissajousData, ZRVLissajousSettings{}),
@@ -279,7 +285,9 @@ bool MeasureFamilies() {
     const Use use = Measure([&] { count = family.make(w); });
     const Use again = Measure([&] { family.make(w); });
     std::printf("%-48s %8u %12zu %12ld%s\n", family.name, count, use.peak, use.kept,
-                count == 0 ? "  NOTHING" : again.kept != 0 ? "  GROWS" : "");
+                count == 0        ? "  NOTHING"
+                : again.kept != 0 ? "  GROWS"
+                                  : "");
     steady = steady && count > 0 && again.kept == 0;
   }
   std::filesystem::remove(w.drawing);

@@ -71,7 +71,8 @@ class BestTimes : public benchmark::ConsoleReporter {
     return std::find_if(best_.begin(), best_.end(), [&](const auto& entry) {
       const std::string& full = entry.first;
       return full == name || full.rfind(name + "/real_time", 0) == 0 || full.rfind(name + "/repeats", 0) == 0 ||
-             full.rfind(name + "/min_", 0) == 0 || full.rfind(name + "/manual_time", 0) == 0 || full.rfind(name + "/iterations", 0) == 0;
+             full.rfind(name + "/min_", 0) == 0 || full.rfind(name + "/manual_time", 0) == 0 ||
+             full.rfind(name + "/iterations", 0) == 0;
     });
   }
 

@@ -13,8 +13,8 @@
 namespace zrv::bench {
 
 // measured and baseline are names as the benchmark prints them, with arguments: "BM_Pack/25000". Times are those of a
-// single iteration, the best of the repetitions: processor time, which other programs disturb least, or wall clock where
-// the benchmark asks for it (UseRealTime). The ratio is to stay at or below atMost.
+// single iteration, the best of the repetitions: processor time, which other programs disturb least, or wall clock
+// where the benchmark asks for it (UseRealTime). The ratio is to stay at or below atMost.
 struct Aim {
   Aim(std::string what, std::string measured, std::string baseline, double atMost);
 };

@@ -27,12 +27,24 @@ constexpr double kSlackMs = 300;   // of the machine, on top of the time-outs
 constexpr unsigned kWarmUpCalls = 300;
 constexpr std::chrono::milliseconds kPace{2}, kUnderWay{50};
 constexpr int kMaxFailures = 2;
-constexpr std::string_view kChosen[] = {
-    "SendDataStream", "StartDataStream, endless", "StartDataStream, counted", "StartDataStream, and wait",
-    "StopDataStream", "GetSamplesRemaining", "IsDeviceRunning", "GoToDevicePosition, smooth",
-    "GoToDevicePosition, at once", "ResetDevicePosition", "GetAnalogInputValue", "GetPhotoDetectorValue",
-    "GetAnalogInputBuffer", "IsTrackingSupported", "GetTrackParams", "SetTrackParams", "GetTrackStatus",
-    "GetTrackIntegrals"};
+constexpr std::string_view kChosen[] = {"SendDataStream",
+                                        "StartDataStream, endless",
+                                        "StartDataStream, counted",
+                                        "StartDataStream, and wait",
+                                        "StopDataStream",
+                                        "GetSamplesRemaining",
+                                        "IsDeviceRunning",
+                                        "GoToDevicePosition, smooth",
+                                        "GoToDevicePosition, at once",
+                                        "ResetDevicePosition",
+                                        "GetAnalogInputValue",
+                                        "GetPhotoDetectorValue",
+                                        "GetAnalogInputBuffer",
+                                        "IsTrackingSupported",
+                                        "GetTrackParams",
+                                        "SetTrackParams",
+                                        "GetTrackStatus",
+                                        "GetTrackIntegrals"};
 
 std::vector<const Call*> ChosenCalls() {
   std::vector<const Call*> chosen;

@@ -9,7 +9,10 @@
 
 namespace zrv {
 
-enum class ByteOrder { little, big };
+enum class ByteOrder {
+  little,
+  big
+};
 
 // Takes values from a byte sequence. A read past the end gives 0, takes nothing and clears ok().
 template <ByteOrder order>

@@ -17,8 +17,7 @@ const char* ZRVGetErrorText(ZRVError error) {
       return "the answer is not that of a controller (ErrorBadAcknowledge).\nCheck that this is the controller's port";
     case ErrorInvalidValue:
       return "a value is outside its range (ErrorInvalidValue).\nThe documentation of the call gives the range";
-    case ErrorReadOnlyParam:
-      return "a value in it can only be read (ErrorReadOnlyParam).\nThe other values were set";
+    case ErrorReadOnlyParam: return "a value in it can only be read (ErrorReadOnlyParam).\nThe other values were set";
     case ErrorInvalidParam:
       return "there is no such parameter, or it cannot be set (ErrorInvalidParam).\nZRVParam lists them";
     case ErrorInvalidPortName:

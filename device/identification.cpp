@@ -27,12 +27,9 @@ constexpr struct {
   unsigned int width;
   unsigned int P::*field;
 } kLimits[] = {
-    {3, &P::SampleRateMin},       {3, &P::SampleRateMax},
-    {3, &P::LimitWord3},          {3, &P::SampleBufferCapacity},
-    {2, &P::HardwareFilterBwMin}, {2, &P::HardwareFilterBwMax},
-    {1, &P::LimitByte7},          {1, &P::LimitByte8},
-    {1, &P::LimitByte9},          {1, &P::LimitByte10},
-    {1, &P::VbiasMin},            {1, &P::VbiasMax},
+    {3, &P::SampleRateMin},       {3, &P::SampleRateMax},       {3, &P::LimitWord3}, {3, &P::SampleBufferCapacity},
+    {2, &P::HardwareFilterBwMin}, {2, &P::HardwareFilterBwMax}, {1, &P::LimitByte7}, {1, &P::LimitByte8},
+    {1, &P::LimitByte9},          {1, &P::LimitByte10},         {1, &P::VbiasMin},   {1, &P::VbiasMax},
 };
 
 // A port without a controller acknowledges nothing; its answer line is not waited for.

@@ -156,8 +156,8 @@ void PackRuns(const SampleSource& source, const ColourTables* tables, uint8_t* o
   size_t mark = position >= source.delay ? position - source.delay : source.count - source.delay + position;
   for (size_t packed = 0; packed < source.count;) {
     const size_t count = std::min({source.count - position, source.count - mark, source.count - packed});
-    const SampleRun run = {source.x + position,    source.y + position, source.m + mark,
-                           source.colours + mark, tables,              count};
+    const SampleRun run = {
+        source.x + position, source.y + position, source.m + mark, source.colours + mark, tables, count};
     PackRun<format>(run, out + packed * protocol::BytesPerSample(format));
     packed += count;
     position = (position + count) % source.count;

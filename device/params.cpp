@@ -116,12 +116,14 @@ void ZRVDevice::SetUSARTBaudRate(unsigned int baudRate) {
 
 void ZRVDevice::SetSampleRate(unsigned int samplesPerSecond) {
   constexpr Setter<unsigned int> kRate = {&P::SampleRate, kCmdSetSampleRate, 3, true, EncodeWhole};
-  Apply(*state_, kRate, samplesPerSecond, Clamp(samplesPerSecond, state_->params.SampleRateMin, state_->params.SampleRateMax));
+  Apply(*state_, kRate, samplesPerSecond,
+        Clamp(samplesPerSecond, state_->params.SampleRateMin, state_->params.SampleRateMax));
 }
 
 void ZRVDevice::SetHardwareFilterBw(unsigned int hertz) {
   constexpr Setter<unsigned int> kBandwidth = {&P::HardwareFilterBw, kCmdSetHardwareFilterBw, 2, true, EncodeWhole};
-  Apply(*state_, kBandwidth, hertz, Clamp(hertz, state_->params.HardwareFilterBwMin, state_->params.HardwareFilterBwMax));
+  Apply(*state_, kBandwidth, hertz,
+        Clamp(hertz, state_->params.HardwareFilterBwMin, state_->params.HardwareFilterBwMax));
 }
 
 void ZRVDevice::SetVdifferenceMax(float volts) {
@@ -338,10 +340,10 @@ void ZRVDevice::SetDeviceParam(ZRVParam param, float value1, float value2) {
   const bool real = std::holds_alternative<float P::*>(row->field), code = std::string_view(row->type) != "";
   const bool unlimited = code || param == ParamBufferOffset;
   if (!real && (std::isnan(value1) || (unlimited && std::isinf(value1)))) return Refuse(*state_);
-  const double value = real                                         ? static_cast<double>(value1)
+  const double value = real                                      ? static_cast<double>(value1)
                        : std::string_view(row->type) == "Switch" ? (value1 != 0.0f ? 1 : 0)
-                       : code                                       ? Truncated(value1)
-                                                                    : Rounded(value1);
+                       : code                                    ? Truncated(value1)
+                                                                 : Rounded(value1);
   DeviceState::Set(*this, param, value, static_cast<double>(value2));
 }
 

@@ -104,11 +104,11 @@ constexpr float DecodeOffset(uint32_t count) { return (static_cast<float>(count)
 
 // Sample formats, by the code in bits 13..15 of the state word. Codes above 4 count as 5 bytes.
 enum SampleFormat : uint32_t {
-  kFormatXY16M = 0,      // X 16 bits, Y 16 bits, M
-  kFormatXY12M1 = 1,     // X 12 bits, Y 11 bits, M bit 0
-  kFormatXY12RGB565 = 2, // black where M is 0
-  kFormatXY12RGB888 = 3, // black where M is 0
-  kFormatXY12MRGB = 4,   // M and colour, never blanked
+  kFormatXY16M = 0,       // X 16 bits, Y 16 bits, M
+  kFormatXY12M1 = 1,      // X 12 bits, Y 11 bits, M bit 0
+  kFormatXY12RGB565 = 2,  // black where M is 0
+  kFormatXY12RGB888 = 3,  // black where M is 0
+  kFormatXY12MRGB = 4,    // M and colour, never blanked
 };
 constexpr size_t kMaxBytesPerSample = 7;
 

@@ -27,8 +27,8 @@ struct DeviceState {
   ZRVDeviceParams params;  // as far as the controller is known
   ZRVTrackParams track;
   StopValues stop;
-  std::vector<uint32_t> colours;           // 0x00RRGGBB by sample index
-  std::array<GammaCurve, 3> gammaCurves;   // red, green, blue
+  std::vector<uint32_t> colours;          // 0x00RRGGBB by sample index
+  std::array<GammaCurve, 3> gammaCurves;  // red, green, blue
 
   // Through the setter of a parameter; second is Y of the output offsets.
   static void Set(ZRVDevice& device, unsigned int param, double value, double second);

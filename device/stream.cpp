@@ -21,9 +21,7 @@ constexpr float kFarAway = 1e8f;
 constexpr float kNearEnough = 1e-8f;  // squared distance
 
 // The analog streams have no hardware filter in their output path.
-bool HasHardwareFilter(ZRVDataMode mode) {
-  return mode != DataModeAnalogVoltsRaw && mode != DataModeAnalogNormalized;
-}
+bool HasHardwareFilter(ZRVDataMode mode) { return mode != DataModeAnalogVoltsRaw && mode != DataModeAnalogNormalized; }
 
 // The sample nearest to where the output stopped; the first of equals. Stops looking at a hit.
 unsigned int NearestTo(const StopValues& stop, const float* x, const float* y, unsigned int numSamples) {
@@ -53,8 +51,8 @@ void SendBlock(Link& link, std::span<const uint8_t> block) {
 
 }  // namespace
 
-void ZRVDevice::SendDataStream(float* x, float* y, unsigned char* m, unsigned int numSamples,
-                               unsigned int delaySamples, bool minimizeJump) {
+void ZRVDevice::SendDataStream(float* x, float* y, unsigned char* m, unsigned int numSamples, unsigned int delaySamples,
+                               bool minimizeJump) {
   Link& link = state_->link;
   const ZRVDeviceParams& params = state_->params;
   if (numSamples == 0 || x == nullptr || y == nullptr || m == nullptr) {

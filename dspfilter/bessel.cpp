@@ -13,8 +13,8 @@ std::vector<DoubleDouble> ReverseBessel(unsigned n) {
   std::vector<DoubleDouble> coefficients(n + 1);
   coefficients[n] = 1;
   for (unsigned k = n; k-- > 0;) {
-    coefficients[k] = coefficients[k + 1] * static_cast<double>((2 * n - k) * (k + 1)) /
-                      static_cast<double>(2 * (n - k));
+    coefficients[k] =
+        coefficients[k + 1] * static_cast<double>((2 * n - k) * (k + 1)) / static_cast<double>(2 * (n - k));
   }
   return coefficients;
 }

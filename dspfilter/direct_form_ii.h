@@ -66,8 +66,7 @@ struct DirectFormII {
       std::copy_n(memories.begin(), Count, sections);
     }
 
-    static void RunGroup(size_t size, const Biquad* biquads, Section* sections, double* frames,
-                         unsigned numFrames) {
+    static void RunGroup(size_t size, const Biquad* biquads, Section* sections, double* frames, unsigned numFrames) {
       switch (size) {
         case 1: return RunSections<1>(biquads, sections, frames, numFrames);
         case 2: return RunSections<2>(biquads, sections, frames, numFrames);

@@ -24,8 +24,8 @@ double QualityFactor(std::complex<double> pole) { return std::abs(pole) / (-2 * 
 // Takes out of zeros the one nearest to the pole; without any left, both zeros lie at infinity.
 std::optional<double> TakeNearest(std::vector<double>& zeros, std::complex<double> pole) {
   if (zeros.empty()) return std::nullopt;
-  const auto nearest = std::ranges::min_element(
-      zeros, {}, [&](double zero) { return std::abs(pole - std::complex<double>(0, zero)); });
+  const auto nearest =
+      std::ranges::min_element(zeros, {}, [&](double zero) { return std::abs(pole - std::complex<double>(0, zero)); });
   const double zero = *nearest;
   zeros.erase(nearest);
   return zero;

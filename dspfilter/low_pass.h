@@ -35,8 +35,7 @@ LowPassRequest ReadLowPass(const Params& params, unsigned maxOrder);
 Cascade DigitalCascade(const Prototype& prototype, double cutoff);
 
 // A low-pass design of one family, as FilterDesign takes it. Defaults lists the family's parameters.
-template <Prototype (*MakePrototype)(const LowPassRequest&), unsigned MaxOrder, bool HasRipple,
-          bool HasStopband>
+template <Prototype (*MakePrototype)(const LowPassRequest&), unsigned MaxOrder, bool HasRipple, bool HasStopband>
 struct LowPassDesign {
   static Params Defaults() {
     using Entry = Params::Entry;

@@ -30,9 +30,7 @@ Prototype ChebyshevPoles(unsigned order, double ripple) {
 
 double RippleSquared(double dB) { return std::expm1(dB * std::numbers::ln10 / 10); }
 
-double RippleStart(unsigned order, double rippleDb) {
-  return order % 2 != 0 ? 1.0 : std::pow(10, -rippleDb / 20);
-}
+double RippleStart(unsigned order, double rippleDb) { return order % 2 != 0 ? 1.0 : std::pow(10, -rippleDb / 20); }
 
 Prototype PrototypeFromPoles(std::span<const std::complex<double>> poles) {
   std::vector<std::complex<double>> sorted(poles.begin(), poles.end());
@@ -43,9 +41,7 @@ Prototype PrototypeFromPoles(std::span<const std::complex<double>> poles) {
   return result;
 }
 
-Prototype Butterworth::MakePrototype(const LowPassRequest& request) {
-  return PolesOnEllipse(request.order, 1, 1);
-}
+Prototype Butterworth::MakePrototype(const LowPassRequest& request) { return PolesOnEllipse(request.order, 1, 1); }
 
 Prototype ChebyshevI::MakePrototype(const LowPassRequest& request) {
   Prototype result = ChebyshevPoles(request.order, std::sqrt(RippleSquared(request.rippleDb)));

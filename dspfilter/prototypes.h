@@ -11,10 +11,10 @@ namespace Dsp {
 
 // A low-pass filter as asked for, every value already inside the range that designs can have.
 struct LowPassRequest {
-  unsigned order = 1;        // 1..20
-  double cutoff = 0.25;      // fraction of the sample rate
-  double rippleDb = 1;       // Chebyshev I, Elliptic
-  double stopbandDb = 48;    // Chebyshev II, Elliptic
+  unsigned order = 1;      // 1..20
+  double cutoff = 0.25;    // fraction of the sample rate
+  double rippleDb = 1;     // Chebyshev I, Elliptic
+  double stopbandDb = 48;  // Chebyshev II, Elliptic
 };
 
 // The transfer function dcGain * prod(1 + (s/zero)^2) / prod(1 - s/pole).

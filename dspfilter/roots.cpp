@@ -28,8 +28,8 @@ Complex NewtonStep(std::span<const DoubleDouble> coefficients, const WideComplex
 // On a circle whose radius is the geometric mean of the roots, off every axis of symmetry.
 std::vector<WideComplex> StartingPoints(std::span<const DoubleDouble> coefficients) {
   const size_t degree = coefficients.size() - 1;
-  const double radius = std::pow(std::abs(coefficients.front().high / coefficients.back().high),
-                                 1.0 / static_cast<double>(degree));
+  const double radius =
+      std::pow(std::abs(coefficients.front().high / coefficients.back().high), 1.0 / static_cast<double>(degree));
   std::vector<WideComplex> points(degree);
   for (size_t i = 0; i < degree; ++i) {
     const double turn = (static_cast<double>(i) + 0.35) / static_cast<double>(degree);

@@ -143,13 +143,18 @@ void Call(ZRVDevice& device, Input& in) {
     case 3: static_cast<void>(device.GetDeviceParam(static_cast<ZRVParam>(in.U8() % 24))); return;
     case 4: return Send(device, in);
     case 5: return device.StartDataStream(in.Int(), in.Bool());
-    case 6: device.StopDataStream(); Require(device.GetXStop() >= -1 && device.GetYStop() <= 1); return;
+    case 6:
+      device.StopDataStream();
+      Require(device.GetXStop() >= -1 && device.GetYStop() <= 1);
+      return;
     case 7: Require(device.GetSamplesRemaining() <= 0xFFFFFF); return;
     case 8: return device.GoToDevicePosition(in.Float(), in.Float(), in.U8(), in.U16());
     case 9: return Track(device, in);
     case 10: return Analog(device, in);
     case 11: return device.SetDeviceParam(ParamDataMode, static_cast<float>(in.U8() % 11));
-    case 12: static_cast<void>(device.IsDeviceResponding() && device.IsDeviceRunning() && device.IsTrackingSupported()); return;
+    case 12:
+      static_cast<void>(device.IsDeviceResponding() && device.IsDeviceRunning() && device.IsTrackingSupported());
+      return;
     case 13: return device.SetRGBData(in.U32(), in.Count());
     case 14: return device.SendSerialReset();
     default: return device.ClearInputBuffer();

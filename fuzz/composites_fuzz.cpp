@@ -101,8 +101,8 @@ void Check(G& g, const Settings& settings, const ZRVScanSettings& scan,
 }
 
 void Waveform(G& g, Input& in, const ZRVScanSettings& scan, size_t enough) {
-  const ZRVWaveformSettings w = {Any<ZRVWaveform>(in), Any<ZRVWaveformAxes>(in), in.Float(), in.Count(), in.Float(),
-                                 in.Float()};
+  const ZRVWaveformSettings w = {
+      Any<ZRVWaveform>(in), Any<ZRVWaveformAxes>(in), in.Float(), in.Count(), in.Float(), in.Float()};
   Check(g, w, scan, enough, &G::GenerateWaveformData);
 }
 
@@ -179,8 +179,8 @@ void Import(G& g, Input& in, const ZRVScanSettings& scan, size_t) {
   Check(generate, scan, 0);
 }
 
-constexpr void (*kComposites[])(G&, Input&, const ZRVScanSettings&, size_t) = {
-    Waveform, Spirograph, Lissajous, Clock, Text, Signal, Pattern, Import};
+constexpr void (*kComposites[])(G&, Input&, const ZRVScanSettings&, size_t) = {Waveform, Spirograph, Lissajous, Clock,
+                                                                               Text,     Signal,     Pattern,   Import};
 
 }  // namespace
 

@@ -55,7 +55,8 @@ void TestPattern(G&, Input& in) {
   const float ax = in.Float(), ay = in.Float();
   const unsigned frequency = in.Count();
   const float multiple = in.Float(), rise = in.Float();
-  Require(G::RQWaveform(s.x.data(), s.y.data(), s.m.data(), rate, triangle, ax, ay, frequency, multiple, rise, 0) <= 12500);
+  Require(G::RQWaveform(s.x.data(), s.y.data(), s.m.data(), rate, triangle, ax, ay, frequency, multiple, rise, 0) <=
+          12500);
 }
 
 void Curve(G&, Input& in) {
@@ -237,8 +238,9 @@ void Animate(G&, Input& in) {
   Samples s(std::max<size_t>(n, size_t{n} * frames));
   Fill(s, n, in);
   unsigned* index = indexed ? s.index.data() : nullptr;
-  const unsigned written = kind == 4 ? G::AnimationBounce(s.x.data(), s.y.data(), s.m.data(), index, n, frames, angle)
-                                     : G::GenerateAnimations(s.x.data(), s.y.data(), s.m.data(), index, kind, n, frames);
+  const unsigned written = kind == 4
+                               ? G::AnimationBounce(s.x.data(), s.y.data(), s.m.data(), index, n, frames, angle)
+                               : G::GenerateAnimations(s.x.data(), s.y.data(), s.m.data(), index, kind, n, frames);
   Require(written <= s.x.size());
 }
 
@@ -254,9 +256,9 @@ void Filter(G& g, Input& in) {
   g.FilterData(s.x.data(), out.x.data(), n, zeroPhase);
 }
 
-constexpr void (*kCalls[])(G&, Input&) = {Waveform,   TestPattern, Curve,        Raster,    LaserWriter,
-                                          Bitmap,     LaserMoves,  PointToPoint, Keypoints, Transform,
-                                          Interpolate, Animate,    Filter};
+constexpr void (*kCalls[])(G&, Input&) = {Waveform,    TestPattern, Curve,        Raster,    LaserWriter,
+                                          Bitmap,      LaserMoves,  PointToPoint, Keypoints, Transform,
+                                          Interpolate, Animate,     Filter};
 
 }  // namespace
 

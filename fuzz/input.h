@@ -36,8 +36,9 @@ class Input {
   // Eighths up to 16, odd values, and any bits at all.
   float Float() {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    constexpr float kOdd[] = {-0.0f, 1e-30f, 3e38f, -3e38f, kInfinity, -kInfinity, std::numeric_limits<float>::quiet_NaN(),
-                              1e8f,  20000.0f, 0.001f, 1e9f, -1e9f};
+    constexpr float kOdd[] = {
+        -0.0f, 1e-30f,   3e38f,  -3e38f, kInfinity, -kInfinity, std::numeric_limits<float>::quiet_NaN(),
+        1e8f,  20000.0f, 0.001f, 1e9f,   -1e9f};
     const uint8_t kind = U8();
     if (kind < 0xC0) return static_cast<float>(kind - 0x60) / 8.0f;
     if (kind < 0xC0 + std::size(kOdd)) return kOdd[kind - 0xC0];

@@ -100,8 +100,8 @@ void ZRVDataGenerator::GenerateClockData(float* x, float* y, unsigned char* m, c
   if (clock.Digital) {
     const size_t room = kClockCharacters * LargestDigit(*this, clock.Font) + 1;
     assembly.AddKeypoints(room, [&](const PointArrays& to) {
-      return DigitalClockCurve(to.x, to.y, to.m, clock.Hours, clock.Minutes, clock.Seconds, clock.Font,
-                               clock.Amplitude, 0.0f, false);
+      return DigitalClockCurve(to.x, to.y, to.m, clock.Hours, clock.Minutes, clock.Seconds, clock.Font, clock.Amplitude,
+                               0.0f, false);
     });
   } else {
     assembly.AddKeypoints(kClockKeypoints, [&](const PointArrays& to) {
@@ -131,8 +131,8 @@ void ZRVDataGenerator::GenerateSignalData(float* x, float* y, unsigned char* m, 
   ScanAssembly assembly(*this, scan, content->scratch);
   unsigned int rate = 0;
   assembly.AddSamples(kSignalSamples, [&](const PointArrays& to) {
-    return RQWaveform(to.x, to.y, to.m, rate, signal.TriangleY, signal.AmplitudeX, signal.AmplitudeY,
-                      signal.Frequency, signal.XMultiple, signal.RisePortion, 0.0f);
+    return RQWaveform(to.x, to.y, to.m, rate, signal.TriangleY, signal.AmplitudeX, signal.AmplitudeY, signal.Frequency,
+                      signal.XMultiple, signal.RisePortion, 0.0f);
   });
   assembly.Deliver({x, y, m}, nullptr, numSamples, numFrames);
   sampleRate = numSamples > 0 ? rate : 0;

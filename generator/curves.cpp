@@ -39,12 +39,18 @@ void WritePoints(float* x, float* y, unsigned int n, PointAt pointAt) {
 
 // --- Spirograph
 
-enum CurveType : unsigned int { kRose, kEpicycloid, kEpitrochoid, kHypocycloid, kHypotrochoid };
+enum CurveType : unsigned int {
+  kRose,
+  kEpicycloid,
+  kEpitrochoid,
+  kHypocycloid,
+  kHypotrochoid
+};
 
 // Two circles: the first turns once while the second turns `ratio` times.
 struct Spirograph {
   unsigned int type;
-  double step;    // radians a sample
+  double step;  // radians a sample
   double ratio;
   double radius;  // of the first circle
   double pen;     // of the second
@@ -144,15 +150,15 @@ void Reflect(float& position, float& velocity, float restitution) {
 }  // namespace
 
 unsigned int ZRVDataGenerator::SpiralCurve(float* x, float* y, unsigned char* m, unsigned int numSamples,
-                                           float amplitudeX, float amplitudeY, unsigned int turnCount,
-                                           float phase) {
+                                           float amplitudeX, float amplitudeY, unsigned int turnCount, float phase) {
   if (!x || !y || !m || numSamples == 0 || turnCount == 0) return 0;
   const double step = turnCount * kTwoPi / numSamples, full = numSamples * step;
-  WritePoints(x, y, numSamples, [=, start = static_cast<double>(phase), width = static_cast<double>(amplitudeX),
-                                 height = static_cast<double>(amplitudeY)](double i) -> Point {
-    const double angle = i * step + start;
-    return {std::cos(angle) * angle * width / full, std::sin(angle) * angle * height / full};
-  });
+  WritePoints(x, y, numSamples,
+              [=, start = static_cast<double>(phase), width = static_cast<double>(amplitudeX),
+               height = static_cast<double>(amplitudeY)](double i) -> Point {
+                const double angle = i * step + start;
+                return {std::cos(angle) * angle * width / full, std::sin(angle) * angle * height / full};
+              });
   std::fill_n(m, numSamples, kOn);
   return numSamples;
 }
@@ -167,7 +173,8 @@ unsigned int ZRVDataGenerator::PolygonCurve(float* x, float* y, unsigned char* m
   size_t written = 0;
   for (unsigned int k = 0; k < numSides && perSide > 0; ++k) {
     // The last corner is the first one itself, so that the figure closes exactly.
-    const Point to = k + 1 == numSides ? first : Point{std::cos((k + 1) * step) * radius, std::sin((k + 1) * step) * radius};
+    const Point to =
+        k + 1 == numSides ? first : Point{std::cos((k + 1) * step) * radius, std::sin((k + 1) * step) * radius};
     WritePoints(x + written, y + written, perSide, [=](double j) -> Point {
       const double t = j / perSide;
       return {(1.0 - t) * from.x + t * to.x, (1.0 - t) * from.y + t * to.y};
@@ -200,13 +207,14 @@ unsigned int ZRVDataGenerator::SpirographCurve(float* x, float* y, unsigned char
 
 unsigned int ZRVDataGenerator::LissajousCurve(float* x, float* y, unsigned char* m, unsigned int numSamples,
                                               unsigned int waveType, float amplitude, unsigned int freqX,
-                                              unsigned int freqY, float phase, unsigned int modulation,
-                                              float modDepth, unsigned int modFreq, float modPhase) {
+                                              unsigned int freqY, float phase, unsigned int modulation, float modDepth,
+                                              unsigned int modFreq, float modPhase) {
   if (!x || !y || !m || numSamples == 0) return 0;
-  const Lissajous figure{amplitude, static_cast<double>(freqX), static_cast<double>(freqY), phase,
-                         modDepth,  static_cast<double>(modFreq), modPhase};
+  const Lissajous figure{
+      amplitude, static_cast<double>(freqX), static_cast<double>(freqY), phase, modDepth, static_cast<double>(modFreq),
+      modPhase};
   (waveType == kTriangleWave ? WriteLissajous<TriangleWave> : WriteLissajous<SineWave>)(x, y, numSamples, modulation,
-                                                                                       figure);
+                                                                                        figure);
   std::fill_n(m, numSamples, kOn);
   return numSamples;
 }
@@ -236,8 +244,8 @@ unsigned int ZRVDataGenerator::AnalogClockCurve(float* x, float* y, unsigned cha
 }
 
 unsigned int ZRVDataGenerator::DynamicsCurve(float* x, float* y, unsigned char* m, unsigned int numSamples,
-                                             float startX, float startY, float velocityX, float velocityY,
-                                             float accelX, float accelY, float restitution) {
+                                             float startX, float startY, float velocityX, float velocityY, float accelX,
+                                             float accelY, float restitution) {
   if (!x || !y || !m) return 0;
   float atX = startX, atY = startY;
   for (size_t i = 0; i < numSamples; ++i) {

@@ -50,9 +50,9 @@ void ZRVInitImportSettings(ZRVImportSettings* settings) { Init(settings); }
 void ZRVInitTextSettings(ZRVTextSettings* settings) { Init(settings); }
 void ZRVInitPatternSettings(ZRVPatternSettings* settings) { Init(settings); }
 unsigned int ZRVLinearRasterPattern(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, float xAmplitude,
-                                    float yAmplitude, unsigned int numLines, unsigned int numPixels,
-                                    float lineDuration, bool pixelHold, bool bidirectional, int digitalShift,
-                                    float rotationAngle, unsigned int* sps, int minSps, int maxSps) {
+                                    float yAmplitude, unsigned int numLines, unsigned int numPixels, float lineDuration,
+                                    bool pixelHold, bool bidirectional, int digitalShift, float rotationAngle,
+                                    unsigned int* sps, int minSps, int maxSps) {
   return Shielded([&] {
     return g->LinearRasterPattern(x, y, m, xAmplitude, yAmplitude, numLines, numPixels, lineDuration, pixelHold,
                                   bidirectional, digitalShift, rotationAngle, Out(sps), minSps, maxSps);
@@ -63,35 +63,31 @@ unsigned int ZRVCurvesDataSize(ZRVDataGenerator* g, const ZRVScanSettings* scan,
   return Shielded([&] { return g->CurvesDataSize(OrInitial(scan), numKeypoints, numFrames); });
 }
 void ZRVGenerateWaveformData(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, const ZRVScanSettings* scan,
-                             const ZRVWaveformSettings* waveform, unsigned int* numSamples,
-                             unsigned int* numFrames) {
-  Shielded([&] {
-    g->GenerateWaveformData(x, y, m, OrInitial(scan), OrInitial(waveform), Out(numSamples), Out(numFrames));
-  });
+                             const ZRVWaveformSettings* waveform, unsigned int* numSamples, unsigned int* numFrames) {
+  Shielded(
+      [&] { g->GenerateWaveformData(x, y, m, OrInitial(scan), OrInitial(waveform), Out(numSamples), Out(numFrames)); });
 }
-void ZRVGenerateSpirographData(ZRVDataGenerator* g, float* x, float* y, unsigned char* m,
-                               const ZRVScanSettings* scan, const ZRVSpirographSettings* spirograph,
-                               unsigned int* numSamples, unsigned int* numFrames) {
+void ZRVGenerateSpirographData(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, const ZRVScanSettings* scan,
+                               const ZRVSpirographSettings* spirograph, unsigned int* numSamples,
+                               unsigned int* numFrames) {
   Shielded([&] {
     g->GenerateSpirographData(x, y, m, OrInitial(scan), OrInitial(spirograph), Out(numSamples), Out(numFrames));
   });
 }
-void ZRVGenerateLissajousData(ZRVDataGenerator* g, float* x, float* y, unsigned char* m,
-                              const ZRVScanSettings* scan, const ZRVLissajousSettings* lissajous,
-                              unsigned int* numSamples, unsigned int* numFrames) {
+void ZRVGenerateLissajousData(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, const ZRVScanSettings* scan,
+                              const ZRVLissajousSettings* lissajous, unsigned int* numSamples,
+                              unsigned int* numFrames) {
   Shielded([&] {
     g->GenerateLissajousData(x, y, m, OrInitial(scan), OrInitial(lissajous), Out(numSamples), Out(numFrames));
   });
 }
 void ZRVGenerateClockData(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, const ZRVScanSettings* scan,
                           const ZRVClockSettings* clock, unsigned int* numSamples, unsigned int* numFrames) {
-  Shielded(
-      [&] { g->GenerateClockData(x, y, m, OrInitial(scan), OrInitial(clock), Out(numSamples), Out(numFrames)); });
+  Shielded([&] { g->GenerateClockData(x, y, m, OrInitial(scan), OrInitial(clock), Out(numSamples), Out(numFrames)); });
 }
 void ZRVGenerateTextData(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, const ZRVScanSettings* scan,
                          const ZRVTextSettings* text, unsigned int* numSamples, unsigned int* numFrames) {
-  Shielded(
-      [&] { g->GenerateTextData(x, y, m, OrInitial(scan), OrInitial(text), Out(numSamples), Out(numFrames)); });
+  Shielded([&] { g->GenerateTextData(x, y, m, OrInitial(scan), OrInitial(text), Out(numSamples), Out(numFrames)); });
 }
 void ZRVGenerateSignalData(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, const ZRVScanSettings* scan,
                            const ZRVSignalSettings* signal, unsigned int* numSamples, unsigned int* numFrames,
@@ -113,8 +109,7 @@ void ZRVGenerateScanData(ZRVDataGenerator* g, float* x, float* y, unsigned char*
                          const ZRVPatternSettings* pattern, unsigned int* numSamples, unsigned int* numFrames,
                          unsigned int* sampleRate) {
   Shielded([&] {
-    g->GenerateScanData(x, y, m, OrInitial(scan), OrInitial(pattern), Out(numSamples), Out(numFrames),
-                        Out(sampleRate));
+    g->GenerateScanData(x, y, m, OrInitial(scan), OrInitial(pattern), Out(numSamples), Out(numFrames), Out(sampleRate));
   });
 }
 unsigned int ZRVSineWaveform(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, unsigned int numSamples,
@@ -123,8 +118,7 @@ unsigned int ZRVSineWaveform(ZRVDataGenerator* g, float* x, float* y, unsigned c
 }
 unsigned int ZRVSawtoothWaveform(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, unsigned int numSamples,
                                  float amplitude, unsigned int numCycles, float risePortion, float phase) {
-  return Shielded(
-      [&] { return g->SawtoothWaveform(x, y, m, numSamples, amplitude, numCycles, risePortion, phase); });
+  return Shielded([&] { return g->SawtoothWaveform(x, y, m, numSamples, amplitude, numCycles, risePortion, phase); });
 }
 unsigned int ZRVSquareWaveform(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, unsigned int numSamples,
                                float amplitude, unsigned int numCycles, float dutyCycle, float phase) {
@@ -134,11 +128,11 @@ unsigned int ZRVNoiseWaveform(ZRVDataGenerator* g, float* data, unsigned int num
   return Shielded([&] { return g->NoiseWaveform(data, numSamples, amplitude); });
 }
 unsigned int ZRVRQWaveform(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, unsigned int* outputRate,
-                           bool triangleY, float amplitudeX, float amplitudeY, unsigned int frequency,
-                           float xMultiple, float risePortion, float reserved) {
+                           bool triangleY, float amplitudeX, float amplitudeY, unsigned int frequency, float xMultiple,
+                           float risePortion, float reserved) {
   return Shielded([&] {
-    return g->RQWaveform(x, y, m, Out(outputRate), triangleY, amplitudeX, amplitudeY, frequency, xMultiple,
-                         risePortion, reserved);
+    return g->RQWaveform(x, y, m, Out(outputRate), triangleY, amplitudeX, amplitudeY, frequency, xMultiple, risePortion,
+                         reserved);
   });
 }
 unsigned int ZRVSpiralCurve(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, unsigned int numSamples,
@@ -150,8 +144,8 @@ unsigned int ZRVPolygonCurve(ZRVDataGenerator* g, float* x, float* y, unsigned c
   return Shielded([&] { return g->PolygonCurve(x, y, m, numSamples, amplitude, numSides, reserved); });
 }
 unsigned int ZRVSpirographCurve(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, unsigned int numSamples,
-                                unsigned int curveType, unsigned int waveType, float amplitude, int ringA,
-                                int ringB, int penDistance) {
+                                unsigned int curveType, unsigned int waveType, float amplitude, int ringA, int ringB,
+                                int penDistance) {
   return Shielded([&] {
     return g->SpirographCurve(x, y, m, numSamples, curveType, waveType, amplitude, ringA, ringB, penDistance);
   });
@@ -170,8 +164,8 @@ unsigned int ZRVAnalogClockCurve(ZRVDataGenerator* g, float* x, float* y, unsign
   return Shielded([&] { return g->AnalogClockCurve(x, y, m, hours, minutes, seconds, amplitude); });
 }
 unsigned int ZRVDynamicsCurve(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, unsigned int numSamples,
-                              float startX, float startY, float velocityX, float velocityY, float accelX,
-                              float accelY, float restitution) {
+                              float startX, float startY, float velocityX, float velocityY, float accelX, float accelY,
+                              float restitution) {
   return Shielded([&] {
     return g->DynamicsCurve(x, y, m, numSamples, startX, startY, velocityX, velocityY, accelX, accelY, restitution);
   });
@@ -201,8 +195,8 @@ unsigned int ZRVIldaAnimSize(ZRVDataGenerator* g, const unsigned int* frames, un
   return Shielded([&] { return g->IldaAnimSize(frames, count); });
 }
 unsigned int ZRVIldaDataStream(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, unsigned int* rgb,
-                               const unsigned int* frames, unsigned int count, float xScale, float yScale,
-                               float angleX, float angleY, bool closeCurve) {
+                               const unsigned int* frames, unsigned int count, float xScale, float yScale, float angleX,
+                               float angleY, bool closeCurve) {
   return Shielded(
       [&] { return g->IldaDataStream(x, y, m, rgb, frames, count, xScale, yScale, angleX, angleY, closeCurve); });
 }
@@ -250,22 +244,19 @@ unsigned int ZRVHersheyGlyphsDataSize(ZRVDataGenerator* g, const unsigned int* g
   return Shielded([&] { return g->HersheyDataSize(glyphs, count, occidental); });
 }
 unsigned int ZRVHersheyDataStream(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, const char* text,
-                                  unsigned int length, unsigned int font, float xScale, float yScale,
-                                  bool closeCurve) {
+                                  unsigned int length, unsigned int font, float xScale, float yScale, bool closeCurve) {
   return Shielded([&] { return g->HersheyDataStream(x, y, m, text, length, font, xScale, yScale, closeCurve); });
 }
 unsigned int ZRVHersheyGlyphsDataStream(ZRVDataGenerator* g, float* x, float* y, unsigned char* m,
-                                        const unsigned int* glyphs, unsigned int count, bool occidental,
-                                        float xScale, float yScale, bool closeCurve) {
-  return Shielded(
-      [&] { return g->HersheyDataStream(x, y, m, glyphs, count, occidental, xScale, yScale, closeCurve); });
+                                        const unsigned int* glyphs, unsigned int count, bool occidental, float xScale,
+                                        float yScale, bool closeCurve) {
+  return Shielded([&] { return g->HersheyDataStream(x, y, m, glyphs, count, occidental, xScale, yScale, closeCurve); });
 }
 unsigned int ZRVDigitalClockCurve(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, unsigned int hours,
-                                  unsigned int minutes, unsigned int seconds, unsigned int fontIndex,
-                                  float fontArg1, float fontArg2, bool fontFlag) {
-  return Shielded([&] {
-    return g->DigitalClockCurve(x, y, m, hours, minutes, seconds, fontIndex, fontArg1, fontArg2, fontFlag);
-  });
+                                  unsigned int minutes, unsigned int seconds, unsigned int fontIndex, float fontArg1,
+                                  float fontArg2, bool fontFlag) {
+  return Shielded(
+      [&] { return g->DigitalClockCurve(x, y, m, hours, minutes, seconds, fontIndex, fontArg1, fontArg2, fontFlag); });
 }
 unsigned int ZRVLoadPointFile(ZRVDataGenerator* g, const char* fileName) {
   return Shielded([&] { return g->LoadPointFile(fileName); });
@@ -303,8 +294,8 @@ unsigned int ZRVPointFileDataStream(ZRVDataGenerator* g, float* x, float* y, uns
 unsigned int ZRVPointTimeFileDataStream(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, float* t) {
   return Shielded([&] { return g->PointTimeFileDataStream(x, y, m, t); });
 }
-void ZRVExportFile(ZRVDataGenerator* g, const char* fileName, const float* x, const float* y,
-                   const unsigned char* m, unsigned int count, unsigned int sps) {
+void ZRVExportFile(ZRVDataGenerator* g, const char* fileName, const float* x, const float* y, const unsigned char* m,
+                   unsigned int count, unsigned int sps) {
   Shielded([&] { g->ExportFile(fileName, x, y, m, count, sps); });
 }
 float ZRVReadFileParameter(ZRVDataGenerator* g, const char* fileName, const char* key, float defaultValue) {
@@ -312,21 +303,18 @@ float ZRVReadFileParameter(ZRVDataGenerator* g, const char* fileName, const char
 }
 int ZRVgcd(ZRVDataGenerator* g, int a, int b) { return g->gcd(a, b); }
 float ZRVsaw(ZRVDataGenerator* g, float t) { return g->saw(t); }
-unsigned int ZRVLinearRasterPatternImaging(ZRVDataGenerator* g, float* x, float* y, unsigned char* m,
-                                           float xAmplitude, float yAmplitude, unsigned int numLines,
-                                           unsigned int numPixels, float lineDuration, bool pixelHold,
-                                           bool bidirectional, int digitalShift, float rotationAngle,
-                                           unsigned int* sps, int minSps, int maxSps) {
+unsigned int ZRVLinearRasterPatternImaging(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, float xAmplitude,
+                                           float yAmplitude, unsigned int numLines, unsigned int numPixels,
+                                           float lineDuration, bool pixelHold, bool bidirectional, int digitalShift,
+                                           float rotationAngle, unsigned int* sps, int minSps, int maxSps) {
   return Shielded([&] {
-    return g->LinearRasterPatternImaging(x, y, m, xAmplitude, yAmplitude, numLines, numPixels, lineDuration,
-                                         pixelHold, bidirectional, digitalShift, rotationAngle, Out(sps), minSps,
-                                         maxSps);
+    return g->LinearRasterPatternImaging(x, y, m, xAmplitude, yAmplitude, numLines, numPixels, lineDuration, pixelHold,
+                                         bidirectional, digitalShift, rotationAngle, Out(sps), minSps, maxSps);
   });
 }
 unsigned int ZRVPointToPointPattern(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, const float* pointX,
                                     const float* pointY, const unsigned char* pointM, const float* dwellTimes,
-                                    int numPoints, float transitionTime, unsigned int* sps, int minSps,
-                                    int maxSps) {
+                                    int numPoints, float transitionTime, unsigned int* sps, int minSps, int maxSps) {
   return Shielded([&] {
     return g->PointToPointPattern(x, y, m, pointX, pointY, pointM, dwellTimes, numPoints, transitionTime, Out(sps),
                                   minSps, maxSps);
@@ -334,27 +322,24 @@ unsigned int ZRVPointToPointPattern(ZRVDataGenerator* g, float* x, float* y, uns
 }
 unsigned int ZRVLaserWriterDataStream(ZRVDataGenerator* g, float* x, float* y, unsigned char* m,
                                       const unsigned char* raster, const int* lastDarkColumn, unsigned int numLines,
-                                      unsigned int numPixels, float lineDuration, bool bidirectional,
-                                      unsigned int* sps, int minSps, int maxSps, float xMin, float xMax, float yMin,
-                                      float yMax) {
+                                      unsigned int numPixels, float lineDuration, bool bidirectional, unsigned int* sps,
+                                      int minSps, int maxSps, float xMin, float xMax, float yMin, float yMax) {
   return Shielded([&] {
-    return g->LaserWriterDataStream(x, y, m, raster, lastDarkColumn, numLines, numPixels, lineDuration,
-                                    bidirectional, Out(sps), minSps, maxSps, xMin, xMax, yMin, yMax);
+    return g->LaserWriterDataStream(x, y, m, raster, lastDarkColumn, numLines, numPixels, lineDuration, bidirectional,
+                                    Out(sps), minSps, maxSps, xMin, xMax, yMin, yMax);
   });
 }
-unsigned int ZRVLaserWriterInterpData1Seg(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, float x0,
-                                          float y0, float x1, float y1, unsigned char digital,
-                                          unsigned int numSamples, float startSpeed) {
+unsigned int ZRVLaserWriterInterpData1Seg(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, float x0, float y0,
+                                          float x1, float y1, unsigned char digital, unsigned int numSamples,
+                                          float startSpeed) {
   return Shielded(
       [&] { return g->LaserWriterInterpData1Seg(x, y, m, x0, y0, x1, y1, digital, numSamples, startSpeed); });
 }
-unsigned int ZRVLaserWriterInterpData(ZRVDataGenerator* g, const float* xIn, const float* yIn,
-                                      const unsigned char* mIn, const unsigned int* samplesIn,
-                                      const float* startSpeedIn, float* xOut, float* yOut, unsigned char* mOut,
-                                      unsigned int numKeypoints) {
-  return Shielded([&] {
-    return g->LaserWriterInterpData(xIn, yIn, mIn, samplesIn, startSpeedIn, xOut, yOut, mOut, numKeypoints);
-  });
+unsigned int ZRVLaserWriterInterpData(ZRVDataGenerator* g, const float* xIn, const float* yIn, const unsigned char* mIn,
+                                      const unsigned int* samplesIn, const float* startSpeedIn, float* xOut,
+                                      float* yOut, unsigned char* mOut, unsigned int numKeypoints) {
+  return Shielded(
+      [&] { return g->LaserWriterInterpData(xIn, yIn, mIn, samplesIn, startSpeedIn, xOut, yOut, mOut, numKeypoints); });
 }
 unsigned int ZRVCloseCurve(ZRVDataGenerator* g, float* x, float* y, unsigned char* m, unsigned int* index,
                            unsigned int numKeypoints, unsigned int numClosePoints, bool retrace) {
@@ -364,8 +349,8 @@ unsigned int ZRVOptimizeKeypoints(ZRVDataGenerator* g, float* x, float* y, unsig
                                   unsigned int numKeypoints, unsigned int maxKeypoints) {
   return Shielded([&] { return g->OptimizeKeypoints(x, y, m, index, numKeypoints, maxKeypoints); });
 }
-void ZRVBoundingBox(ZRVDataGenerator* g, const float* x, const float* y, unsigned int count, float* minX,
-                    float* maxX, float* minY, float* maxY) {
+void ZRVBoundingBox(ZRVDataGenerator* g, const float* x, const float* y, unsigned int count, float* minX, float* maxX,
+                    float* minY, float* maxY) {
   Shielded([&] { g->BoundingBox(x, y, count, Out(minX), Out(maxX), Out(minY), Out(maxY)); });
 }
 unsigned int ZRVNormalizeData(ZRVDataGenerator* g, float* x, float* y, unsigned int count, float scale, float angle,
@@ -376,8 +361,7 @@ unsigned int ZRVAffineTransformData(ZRVDataGenerator* g, float* x, float* y, uns
                                     float angle, float offsetX, float offsetY) {
   return Shielded([&] { return g->AffineTransformData(x, y, count, scale, angle, offsetX, offsetY); });
 }
-void ZRVInitProjectiveTransformMatrix(ZRVDataGenerator* g, const float* cornersX, const float* cornersY,
-                                      bool inverse) {
+void ZRVInitProjectiveTransformMatrix(ZRVDataGenerator* g, const float* cornersX, const float* cornersY, bool inverse) {
   Shielded([&] { g->InitProjectiveTransformMatrix(cornersX, cornersY, inverse); });
 }
 unsigned int ZRVProjectiveTransformData(ZRVDataGenerator* g, float* x, float* y, unsigned int count) {
@@ -389,15 +373,13 @@ void ZRVInitRadialTransformMult(ZRVDataGenerator* g, bool enable) {
 unsigned int ZRVRadialTransformData(ZRVDataGenerator* g, float* x, float* y, unsigned int count, float strength) {
   return Shielded([&] { return g->RadialTransformData(x, y, count, strength); });
 }
-unsigned int ZRVTangentialTransformData(ZRVDataGenerator* g, float* x, float* y, unsigned int count,
-                                        float strength) {
+unsigned int ZRVTangentialTransformData(ZRVDataGenerator* g, float* x, float* y, unsigned int count, float strength) {
   return Shielded([&] { return g->TangentialTransformData(x, y, count, strength); });
 }
 unsigned int ZRVTransformData(ZRVDataGenerator* g, float* x, float* y, unsigned int count, float scale, float angle,
                               float offsetX, float offsetY, bool projective, float tangential, float radial) {
-  return Shielded([&] {
-    return g->TransformData(x, y, count, scale, angle, offsetX, offsetY, projective, tangential, radial);
-  });
+  return Shielded(
+      [&] { return g->TransformData(x, y, count, scale, angle, offsetX, offsetY, projective, tangential, radial); });
 }
 unsigned int ZRVInterpolateData(ZRVDataGenerator* g, const float* xIn, const float* yIn, const unsigned char* mIn,
                                 float* xOut, float* yOut, unsigned char* mOut, unsigned int numKeypoints,
@@ -407,12 +389,11 @@ unsigned int ZRVInterpolateData(ZRVDataGenerator* g, const float* xIn, const flo
                               blankAccel);
   });
 }
-unsigned int ZRVInterpolateDataLinear(ZRVDataGenerator* g, const float* xIn, const float* yIn,
-                                      const unsigned char* mIn, float* xOut, float* yOut, unsigned char* mOut,
-                                      unsigned int numKeypoints, unsigned int numSamples, float blankSpeed) {
-  return Shielded([&] {
-    return g->InterpolateDataLinear(xIn, yIn, mIn, xOut, yOut, mOut, numKeypoints, numSamples, blankSpeed);
-  });
+unsigned int ZRVInterpolateDataLinear(ZRVDataGenerator* g, const float* xIn, const float* yIn, const unsigned char* mIn,
+                                      float* xOut, float* yOut, unsigned char* mOut, unsigned int numKeypoints,
+                                      unsigned int numSamples, float blankSpeed) {
+  return Shielded(
+      [&] { return g->InterpolateDataLinear(xIn, yIn, mIn, xOut, yOut, mOut, numKeypoints, numSamples, blankSpeed); });
 }
 unsigned int ZRVInterpolateDataTrapezoidal(ZRVDataGenerator* g, const float* xIn, const float* yIn,
                                            const unsigned char* mIn, float* xOut, float* yOut, unsigned char* mOut,
@@ -428,8 +409,7 @@ unsigned int ZRVInterpolateDataOptimized(ZRVDataGenerator* g, const float* xIn, 
                                          float* yOut, unsigned char* mOut, unsigned int* indexOut,
                                          unsigned int numKeypoints, unsigned int numSamples) {
   return Shielded([&] {
-    return g->InterpolateDataOptimized(xIn, yIn, mIn, indexIn, xOut, yOut, mOut, indexOut, numKeypoints,
-                                       numSamples);
+    return g->InterpolateDataOptimized(xIn, yIn, mIn, indexIn, xOut, yOut, mOut, indexOut, numKeypoints, numSamples);
   });
 }
 void ZRVAllocInterpData(ZRVDataGenerator* g, unsigned int numKeypoints, unsigned int numSamples) {
@@ -458,8 +438,8 @@ void ZRVSetupSoftwareFilter(ZRVDataGenerator* g, unsigned int type, unsigned int
                             float sampleRate, bool twoChannels) {
   Shielded([&] { g->SetupSoftwareFilter(type, order, cutoffFrequency, sampleRate, twoChannels); });
 }
-void ZRVFilterData(ZRVDataGenerator* g, const float* x, const float* y, float* xOut, float* yOut,
-                   unsigned int count, bool zeroPhase) {
+void ZRVFilterData(ZRVDataGenerator* g, const float* x, const float* y, float* xOut, float* yOut, unsigned int count,
+                   bool zeroPhase) {
   Shielded([&] { g->FilterData(x, y, xOut, yOut, count, zeroPhase); });
 }
 void ZRVFilterDataSingle(ZRVDataGenerator* g, const float* data, float* out, unsigned int count, bool zeroPhase) {

@@ -84,8 +84,7 @@ auto GlyphsOf(const unsigned int* glyphs) {
 
 unsigned int Finish(const Keypoints& k, unsigned int count, const zrv::Bounds& bounds, float xScale, float yScale,
                     bool closeCurve) {
-  ZRVDataGenerator::NormalizeData(k.x, k.y, count, xScale, yScale, bounds.minX, bounds.maxX, bounds.minY,
-                                  bounds.maxY);
+  ZRVDataGenerator::NormalizeData(k.x, k.y, count, xScale, yScale, bounds.minX, bounds.maxX, bounds.minY, bounds.maxY);
   return ZRVDataGenerator::CloseCurve(k.x, k.y, k.m, count, 1, closeCurve);
 }
 
@@ -121,8 +120,7 @@ int ZRVDataGenerator::HersheyIndexFont(unsigned int font, unsigned int entry) co
   return content->font.Entry(font, entry);
 }
 
-unsigned int ZRVDataGenerator::HersheyDataSize(const unsigned int* glyphs, unsigned int count,
-                                               bool occidental) const {
+unsigned int ZRVDataGenerator::HersheyDataSize(const unsigned int* glyphs, unsigned int count, bool occidental) const {
   if (glyphs == nullptr) return 0;
   return zrv::SaturatedCount(CountVertices(content->font.Glyphs(occidental), count, GlyphsOf(glyphs)));
 }

@@ -65,9 +65,9 @@ HersheyFont DecodeHersheyFont(std::span<const uint8_t> file) {
   const unsigned symbols = in.U16();
   const size_t entries = static_cast<size_t>(font.fontCount) * font.entriesPerFont;
 
-  const bool whole = in.ok() && ReadGlyphs(in, occidental, font.occidental) && ReadGlyphs(in, oriental, font.oriental) &&
-                     ReadWords(in, entries, font.fontIndex) && ReadWords(in, math, font.mathIndex) &&
-                     ReadWords(in, symbols, font.symbolIndex);
+  const bool whole = in.ok() && ReadGlyphs(in, occidental, font.occidental) &&
+                     ReadGlyphs(in, oriental, font.oriental) && ReadWords(in, entries, font.fontIndex) &&
+                     ReadWords(in, math, font.mathIndex) && ReadWords(in, symbols, font.symbolIndex);
   return whole ? font : HersheyFont{};
 }
 

@@ -10,7 +10,12 @@ namespace {
 constexpr uint32_t kMagic = 0x494C4441;  // "ILDA"
 constexpr size_t kColourBytes = 3;       // a palette record
 
-enum Format : unsigned { k3dIndexed = 0, k2dIndexed = 1, kPalette = 2, k2dTrueColour = 5 };
+enum Format : unsigned {
+  k3dIndexed = 0,
+  k2dIndexed = 1,
+  kPalette = 2,
+  k2dTrueColour = 5
+};
 
 struct SectionHeader {
   unsigned format = 0, records = 0, frames = 0;
@@ -41,7 +46,7 @@ int16_t Word(const uint8_t* bytes) { return static_cast<int16_t>(bytes[0] << 8 |
 void Decode3dIndexed(std::span<const uint8_t> records, IldaDrawing& to, size_t first) {
   const size_t count = records.size() / 8;
   int16_t *x = &to.x[first], *y = &to.y[first], *z = &to.z[first];
-  uint8_t *lit = &to.lit[first];
+  uint8_t* lit = &to.lit[first];
   for (size_t i = 0; i < count; ++i) {
     const uint8_t* record = &records[i * 8];
     x[i] = Word(record);
@@ -54,7 +59,7 @@ void Decode3dIndexed(std::span<const uint8_t> records, IldaDrawing& to, size_t f
 void Decode2dIndexed(std::span<const uint8_t> records, IldaDrawing& to, size_t first) {
   const size_t count = records.size() / 6;
   int16_t *x = &to.x[first], *y = &to.y[first];
-  uint8_t *lit = &to.lit[first];
+  uint8_t* lit = &to.lit[first];
   for (size_t i = 0; i < count; ++i) {
     const uint8_t* record = &records[i * 6];
     x[i] = Word(record);

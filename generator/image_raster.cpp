@@ -22,8 +22,8 @@ struct ReleaseImage {
 using OwnedImage = std::unique_ptr<IplImage, ReleaseImage>;
 
 struct BurnRaster {
-  std::vector<uint8_t> intensity;    // line by line, line 0 is the bottom of the image
-  std::vector<int> lastDarkColumn;   // a line; -1: none
+  std::vector<uint8_t> intensity;   // line by line, line 0 is the bottom of the image
+  std::vector<int> lastDarkColumn;  // a line; -1: none
 };
 
 // Luminance of a pixel in blue, green, red order; the weights add up to 99 %, and are kept so. Any other
@@ -36,8 +36,8 @@ int Grey(const uint8_t* pixel, int channels, int grey) {
 
 // OpenCV reports errors (no memory, sizes beyond its own) by throwing; here they mean that nothing is written.
 OwnedImage Resized(const IplImage& image, unsigned int width, unsigned int height) try {
-  OwnedImage resized(cvCreateImage(cvSize(static_cast<int>(width), static_cast<int>(height)), image.depth,
-                                   image.nChannels));
+  OwnedImage resized(
+      cvCreateImage(cvSize(static_cast<int>(width), static_cast<int>(height)), image.depth, image.nChannels));
   cvResize(&image, resized.get(), CV_INTER_LINEAR);
   return resized;
 } catch (const std::exception&) {
@@ -71,9 +71,8 @@ bool Usable(const IplImage* image, unsigned int numLines, unsigned int numPixels
 
 unsigned int ZRVDataGenerator::ImageRasterPattern(float* x, float* y, unsigned char* m, float xAmplitude,
                                                   float yAmplitude, unsigned int numLines, unsigned int numPixels,
-                                                  IplImage* image, bool binaryImage, int threshold,
-                                                  float lineDuration, bool bidirectional, unsigned int& sps,
-                                                  int minSps, int maxSps) {
+                                                  IplImage* image, bool binaryImage, int threshold, float lineDuration,
+                                                  bool bidirectional, unsigned int& sps, int minSps, int maxSps) {
   if (!Usable(image, numLines, numPixels)) return 0;
   const OwnedImage resized = Resized(*image, numPixels, numLines);
   if (!resized) return 0;

@@ -33,8 +33,7 @@ ZRVImportFormat Load(ZRVDataGenerator& generator, const ZRVImportSettings& file)
     case ImportIlda:
       generator.LoadIldaFile(file.FileName);
       return generator.IldaNumFrames() > 0 ? ImportIlda : ImportByContent;
-    case ImportPointTimes:
-      return generator.LoadPointTimeFile(file.FileName) > 0 ? ImportPointTimes : ImportByContent;
+    case ImportPointTimes: return generator.LoadPointTimeFile(file.FileName) > 0 ? ImportPointTimes : ImportByContent;
     case ImportPoints: return generator.LoadPointFile(file.FileName) > 0 ? ImportPoints : ImportByContent;
     default: return ImportByContent;
   }
@@ -77,8 +76,8 @@ void AddPoints(ScanAssembly& assembly, const ZRVDataGenerator& generator, bool a
 zrv::TimedPoints LoadedPointTimes(const ZRVDataGenerator& generator, float transitionTime) {
   zrv::TimedPoints points;
   points.Resize(generator.GetPointTimeFileSize());
-  points.Resize(generator.PointTimeFileDataStream(points.x.data(), points.y.data(), points.m.data(),
-                                                  points.dwellTimes.data()));
+  points.Resize(
+      generator.PointTimeFileDataStream(points.x.data(), points.y.data(), points.m.data(), points.dwellTimes.data()));
   points.transitionTime = transitionTime;
   return points;
 }

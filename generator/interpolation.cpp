@@ -13,9 +13,9 @@
 namespace {
 
 constexpr double kPi = 3.14159265358979323846;
-constexpr float kSmallestTotal = 1e-8f;        // keeps divisions by a path length finite
-constexpr float kSmallestAcceleration = 1e-4f; // below it a profile is linear
-constexpr unsigned int kShortestProfile = 6;   // samples; shorter segments run at constant speed
+constexpr float kSmallestTotal = 1e-8f;         // keeps divisions by a path length finite
+constexpr float kSmallestAcceleration = 1e-4f;  // below it a profile is linear
+constexpr unsigned int kShortestProfile = 6;    // samples; shorter segments run at constant speed
 
 struct Point {
   float x, y;
@@ -316,9 +316,9 @@ size_t WriteOptimized(const Path& path, const Outputs& out, unsigned int numSamp
 }  // namespace
 
 unsigned int ZRVDataGenerator::InterpolateData(const float* xIn, const float* yIn, const unsigned char* mIn,
-                                               float* xOut, float* yOut, unsigned char* mOut,
-                                               unsigned int numKeypoints, unsigned int numSamples,
-                                               float blankSpeed, float drawAccel, float blankAccel) {
+                                               float* xOut, float* yOut, unsigned char* mOut, unsigned int numKeypoints,
+                                               unsigned int numSamples, float blankSpeed, float drawAccel,
+                                               float blankAccel) {
   if (numKeypoints == 0 || numSamples == 0) return numKeypoints;
   if (!xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
   const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
@@ -330,8 +330,7 @@ unsigned int ZRVDataGenerator::InterpolateData(const float* xIn, const float* yI
   const float speed = Clamp(blankSpeed, 1.0f, 10.0f);
   const float drawn = Clamp(drawAccel, 0.0f, 0.5f), blank = Clamp(blankAccel, 0.0f, 0.5f);
   if (drawn >= kSmallestAcceleration || blank >= kSmallestAcceleration) {
-    return InterpolateDataTrapezoidal(xIn, yIn, mIn, xOut, yOut, mOut, numKeypoints, numSamples, speed, drawn,
-                                      blank);
+    return InterpolateDataTrapezoidal(xIn, yIn, mIn, xOut, yOut, mOut, numKeypoints, numSamples, speed, drawn, blank);
   }
   return InterpolateDataLinear(xIn, yIn, mIn, xOut, yOut, mOut, numKeypoints, numSamples, speed);
 }
@@ -355,11 +354,10 @@ unsigned int ZRVDataGenerator::InterpolateDataLinear(const float* xIn, const flo
   return static_cast<unsigned int>(end + 1);
 }
 
-unsigned int ZRVDataGenerator::InterpolateDataTrapezoidal(const float* xIn, const float* yIn,
-                                                          const unsigned char* mIn, float* xOut, float* yOut,
-                                                          unsigned char* mOut, unsigned int numKeypoints,
-                                                          unsigned int numSamples, float blankSpeed,
-                                                          float drawAccel, float blankAccel) {
+unsigned int ZRVDataGenerator::InterpolateDataTrapezoidal(const float* xIn, const float* yIn, const unsigned char* mIn,
+                                                          float* xOut, float* yOut, unsigned char* mOut,
+                                                          unsigned int numKeypoints, unsigned int numSamples,
+                                                          float blankSpeed, float drawAccel, float blankAccel) {
   if (numKeypoints < 2 || !xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
   AllocInterpData(numKeypoints, numSamples);
   const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
@@ -377,11 +375,10 @@ unsigned int ZRVDataGenerator::InterpolateDataTrapezoidal(const float* xIn, cons
   return static_cast<unsigned int>(writer.Written());
 }
 
-unsigned int ZRVDataGenerator::InterpolateDataOptimized(const float* xIn, const float* yIn,
-                                                        const unsigned char* mIn, const unsigned int* idxIn,
-                                                        float* xOut, float* yOut, unsigned char* mOut,
-                                                        unsigned int* idxOut, unsigned int numKeypoints,
-                                                        unsigned int numSamples) {
+unsigned int ZRVDataGenerator::InterpolateDataOptimized(const float* xIn, const float* yIn, const unsigned char* mIn,
+                                                        const unsigned int* idxIn, float* xOut, float* yOut,
+                                                        unsigned char* mOut, unsigned int* idxOut,
+                                                        unsigned int numKeypoints, unsigned int numSamples) {
   if (numKeypoints == 0 || numSamples == 0) return numKeypoints;
   if (!xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
   const Path path{xIn, yIn, mIn, idxIn, numKeypoints};
@@ -395,9 +392,8 @@ unsigned int ZRVDataGenerator::InterpolateDataOptimized(const float* xIn, const 
   return static_cast<unsigned int>(WriteOptimized(path, out, numSamples, interpData.get()));
 }
 
-unsigned int ZRVDataGenerator::InterpolateDataOptimized(const float* xIn, const float* yIn,
-                                                        const unsigned char* mIn, float* xOut, float* yOut,
-                                                        unsigned char* mOut, unsigned int numKeypoints,
-                                                        unsigned int numSamples) {
+unsigned int ZRVDataGenerator::InterpolateDataOptimized(const float* xIn, const float* yIn, const unsigned char* mIn,
+                                                        float* xOut, float* yOut, unsigned char* mOut,
+                                                        unsigned int numKeypoints, unsigned int numSamples) {
   return InterpolateDataOptimized(xIn, yIn, mIn, nullptr, xOut, yOut, mOut, nullptr, numKeypoints, numSamples);
 }

@@ -8,7 +8,10 @@
 
 namespace zrv {
 
-enum class PointColumns { xym, xymt };
+enum class PointColumns {
+  xym,
+  xymt
+};
 
 // Parallel arrays; t (milliseconds) is empty unless the file has times.
 struct PointFile {

@@ -11,7 +11,7 @@ namespace {
 constexpr double kWantedSamples = 50000;
 constexpr int64_t kShortestMove = 6;  // samples; below that a move has no acceleration phase
 constexpr float kMsPerSecond = 1000.0f;
-constexpr uint64_t kMoveExtra = 2;    // interpolation writes at most so many samples more than it is asked for
+constexpr uint64_t kMoveExtra = 2;  // interpolation writes at most so many samples more than it is asked for
 
 int64_t SamplesIn(unsigned int sps, float ms) {
   return std::max<int64_t>(0, zrv::TruncatedCount(static_cast<float>(sps) * ms / kMsPerSecond));

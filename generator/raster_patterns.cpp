@@ -52,8 +52,8 @@ Move ShapedMove(ZRVDataGenerator& generator, Point from, Point to, unsigned char
   const unsigned char ms[] = {digital, digital};
   Move move{Profile(count + 2), Profile(count + 2)};
   std::vector<unsigned char> unused(count + 2);
-  generator.InterpolateData(xs, ys, ms, move.x.data(), move.y.data(), unused.data(), 2,
-                            static_cast<unsigned>(count), shape.blankSpeed, shape.drawAccel, shape.blankAccel);
+  generator.InterpolateData(xs, ys, ms, move.x.data(), move.y.data(), unused.data(), 2, static_cast<unsigned>(count),
+                            shape.blankSpeed, shape.drawAccel, shape.blankAccel);
   move.x.resize(count);
   move.y.resize(count);
   return move;
@@ -67,8 +67,11 @@ struct Mapping {
 
   Mapping(float xAmplitude, float yAmplitudeIn, float angle, size_t lines)
       : reach(lines > 1 ? xAmplitude : 0.0f),  // a single line has no place of its own: s is 0
-        slow(2.0f * reach), gaps(lines > 1 ? static_cast<float>(lines - 1) : 1.0f), yAmplitude(yAmplitudeIn),
-        fast(2.0f * yAmplitude), turn(angle) {}
+        slow(2.0f * reach),
+        gaps(lines > 1 ? static_cast<float>(lines - 1) : 1.0f),
+        yAmplitude(yAmplitudeIn),
+        fast(2.0f * yAmplitude),
+        turn(angle) {}
 
   float Slow(float x) const { return -reach + slow * x / gaps; }
   float Fast(float y) const { return -yAmplitude + fast * (y + 1.0f) / 2.0f; }
@@ -299,10 +302,11 @@ unsigned int WriteRaster(ZRVDataGenerator& generator, const std::optional<Raster
 unsigned int ZRVDataGenerator::LinearRasterPattern(float* x, float* y, unsigned char* m, float xAmplitude,
                                                    float yAmplitude, unsigned int numLines, unsigned int numPixels,
                                                    float lineDuration, bool pixelHold, bool bidirectional,
-                                                   int digitalShift, float rotationAngle, unsigned int& sps,
-                                                   int minSps, int maxSps) {
+                                                   int digitalShift, float rotationAngle, unsigned int& sps, int minSps,
+                                                   int maxSps) {
   const auto plan = zrv::PlanRaster({numLines, numPixels, lineDuration, pixelHold, bidirectional, minSps, maxSps});
-  return WriteRaster(*this, plan, pixelHold, kScanning, {xAmplitude, yAmplitude, rotationAngle, digitalShift}, {x, y, m}, sps);
+  return WriteRaster(*this, plan, pixelHold, kScanning, {xAmplitude, yAmplitude, rotationAngle, digitalShift},
+                     {x, y, m}, sps);
 }
 
 unsigned int ZRVDataGenerator::LinearRasterPatternImaging(float* x, float* y, unsigned char* m, float xAmplitude,
@@ -312,5 +316,6 @@ unsigned int ZRVDataGenerator::LinearRasterPatternImaging(float* x, float* y, un
                                                           float rotationAngle, unsigned int& sps, int minSps,
                                                           int maxSps) {
   const auto plan = zrv::PlanImagingRaster({numLines, numPixels, lineDuration, false, bidirectional, minSps, maxSps});
-  return WriteRaster(*this, plan, false, kImaging, {xAmplitude, yAmplitude, rotationAngle, digitalShift}, {x, y, m}, sps);
+  return WriteRaster(*this, plan, false, kImaging, {xAmplitude, yAmplitude, rotationAngle, digitalShift}, {x, y, m},
+                     sps);
 }

@@ -8,12 +8,12 @@
 namespace zrv {
 namespace {
 
-constexpr uint64_t kBudgetSamples = 50000;          // what a raster should take
-constexpr uint64_t kFallbackBudgetSamples = 200000; // three times this many pixels are never too many
+constexpr uint64_t kBudgetSamples = 50000;           // what a raster should take
+constexpr uint64_t kFallbackBudgetSamples = 200000;  // three times this many pixels are never too many
 constexpr uint64_t kMostSamplesPerPixel = 24;
 constexpr uint64_t kImagingSamplesPerPixel = 4;
-constexpr float kTurnShare = 0.05f;                 // of the line duration
-constexpr float kLongestFlyback = 0.01f;            // seconds
+constexpr float kTurnShare = 0.05f;       // of the line duration
+constexpr float kLongestFlyback = 0.01f;  // seconds
 
 // What is asked of the rate once the samples a pixel are known.
 struct Budget {

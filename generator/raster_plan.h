@@ -9,8 +9,8 @@ namespace zrv {
 
 struct RasterRequest {
   unsigned lines = 0;
-  unsigned pixels = 0;      // a line
-  float lineDuration = 0;   // seconds, of the active part of a line
+  unsigned pixels = 0;     // a line
+  float lineDuration = 0;  // seconds, of the active part of a line
   bool pixelHold = false;
   bool twoWay = false;
   int minSps = 0, maxSps = 0;
@@ -24,7 +24,7 @@ struct RasterPlan {
   size_t line = 0;                           // active part and both turnarounds
 
   size_t Lines() const { return lines * (twoWay ? line : line + flyback); }  // samples of all lines together
-  size_t Total() const { return Lines() + 2 * line; }                       // with lead-in and lead-out
+  size_t Total() const { return Lines() + 2 * line; }                        // with lead-in and lead-out
 
   // Share of a line's length to spend accelerating at each end, so that the turnarounds take that long.
   float AccelShare() const;

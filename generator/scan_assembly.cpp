@@ -63,7 +63,9 @@ unsigned int AnimationFrames(const ZRVScanSettings& scan) {
 }
 
 ScanAssembly::ScanAssembly(ZRVDataGenerator& generator, const ZRVScanSettings& scan, ScanScratch& scratch)
-    : generator_(generator), scan_(scan), scratch_(scratch),
+    : generator_(generator),
+      scan_(scan),
+      scratch_(scratch),
       samplesPerFrame_(zrv::SamplesPerFrame(scan.SampleRate, scan.RefreshRate)) {}
 
 void ScanAssembly::AddFrame(unsigned int count) {
@@ -144,8 +146,7 @@ void ScanAssembly::Interpolate(const PointArrays& paths) {
   numFrames_ = static_cast<unsigned int>(frames_.size());
 }
 
-unsigned int ScanAssembly::InterpolateFrame(const PointArrays& from, unsigned int count,
-                                            const PointArrays& to) const {
+unsigned int ScanAssembly::InterpolateFrame(const PointArrays& from, unsigned int count, const PointArrays& to) const {
   if (count == 1) {
     to.Fill(samplesPerFrame_, from);
     return samplesPerFrame_;
@@ -197,8 +198,9 @@ void ScanAssembly::Animate() {
     return;
   }
   const PointArrays to = scratch_.samples.Room(total, coloured_);
-  numSamples_ = generator_.GenerateAnimations(to.x, to.y, to.m, to.rgb, scan_.Animation,
-                                              static_cast<unsigned int>(numSamples_), static_cast<unsigned int>(frames));
+  numSamples_ =
+      generator_.GenerateAnimations(to.x, to.y, to.m, to.rgb, scan_.Animation, static_cast<unsigned int>(numSamples_),
+                                    static_cast<unsigned int>(frames));
   numFrames_ = static_cast<unsigned int>(frames);
 }
 

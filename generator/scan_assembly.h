@@ -25,9 +25,7 @@ struct PointArrays {
   PointArrays From(size_t i) const { return {x + i, y + i, m + i, rgb != nullptr ? rgb + i : nullptr}; }
   bool IsClosed(size_t count) const { return count > 1 && x[count - 1] == x[0] && y[count - 1] == y[0]; }
   // Whether the last of count keypoints is the way back to the first one, with the beam off.
-  bool ReturnsDarkly(size_t count) const {
-    return IsClosed(count) && m[count - 2] == 0;
-  }
+  bool ReturnsDarkly(size_t count) const { return IsClosed(count) && m[count - 2] == 0; }
   void Fill(size_t count, const PointArrays& from) const;
 };
 

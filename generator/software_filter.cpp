@@ -107,8 +107,8 @@ void ZRVDataGenerator::FilterData(const float* x, const float* y, float* xOut, f
 }
 
 void ZRVDataGenerator::FilterData(const float* data, float* out, unsigned int count, bool zeroPhase) {
-  const bool applies = softwareFilter != nullptr && softwareFilter->NumChannels() == 1 &&
-                       softwareFilter->Order() < count;
+  const bool applies =
+      softwareFilter != nullptr && softwareFilter->NumChannels() == 1 && softwareFilter->Order() < count;
   const float* const ins[] = {data};
   float* const outs[] = {out};
   Apply(applies ? softwareFilter.get() : nullptr, ins, outs, count, zeroPhase);

@@ -67,8 +67,8 @@ unsigned int ZRVDataGenerator::NormalizeData(float* x, float* y, unsigned int co
   return count;
 }
 
-unsigned int ZRVDataGenerator::AffineTransformData(float* x, float* y, unsigned int count, float scale,
-                                                   float angle, float offsetX, float offsetY) {
+unsigned int ZRVDataGenerator::AffineTransformData(float* x, float* y, unsigned int count, float scale, float angle,
+                                                   float offsetX, float offsetY) {
   if (!x || !y) return 0;
   if (std::abs(scale - 1.0f) > 0.01f || std::abs(angle) > 0.0001f) {
     float minX, maxX, minY, maxY;
@@ -104,8 +104,15 @@ Matrix SquareToQuadrilateral(const float* x, const float* y) {
   const float den = dx1 * dy2 - dx2 * dy1;
   const float g = (sumX * dy2 - dx2 * sumY) / den;
   const float h = (dx1 * sumY - sumX * dy1) / den;
-  return {g * x[1] + x[1] - x[0], h * x[3] + x[3] - x[0], x[0],
-          g * y[1] + y[1] - y[0], h * y[3] + y[3] - y[0], y[0], g, h, 1.0f};
+  return {g * x[1] + x[1] - x[0],
+          h * x[3] + x[3] - x[0],
+          x[0],
+          g * y[1] + y[1] - y[0],
+          h * y[3] + y[3] - y[0],
+          y[0],
+          g,
+          h,
+          1.0f};
 }
 
 // Adjugate over determinant, but for entries 2 and 5: what belongs to 5 stands in 2, and 5 stays as it was.
@@ -113,8 +120,7 @@ Matrix SquareToQuadrilateral(const float* x, const float* y) {
 Matrix Inverted(const Matrix& forward) {
   const auto [a, b, c, d, e, f, g, h, one] = forward;
   const float det = (d * h - e * g) * c + (e - f * h) * a - (d - f * g) * b;
-  return {(e - f * h) / det, (c * h - b) / det, (c * d - a * f) / det,
-          (f * g - d) / det, (a - c * g) / det, f,
+  return {(e - f * h) / det,     (c * h - b) / det,     (c * d - a * f) / det, (f * g - d) / det, (a - c * g) / det, f,
           (d * h - e * g) / det, (b * g - a * h) / det, (a * e - b * d) / det};
 }
 

@@ -58,7 +58,7 @@ unsigned int PeriodOf(unsigned int numSamples, unsigned int numCycles) {
 // The counts of the two-axis test pattern.
 struct RQPlan {
   int numSamples = 0;  // 0: fewer than 2 samples a period
-  int period = 0;  // samples of one y period
+  int period = 0;      // samples of one y period
 
   RQPlan(unsigned int frequency, float xMultiple) {
     constexpr unsigned int kMaxRate = 80000;  // samples a second
@@ -107,15 +107,14 @@ unsigned int ZRVDataGenerator::SawtoothWaveform(float* x, float* y, unsigned cha
   const auto falling = static_cast<float>(period > rise ? period - rise : 1);
   return WriteWaveform(x, y, m, numSamples, [=, counter = PeriodCounter(period, phase)](unsigned int) mutable {
     const unsigned int u = counter.Next();
-    const float v = u > rise ? 1.0f - 2.0f * static_cast<float>(u - rise) / falling
-                             : 2.0f * static_cast<float>(u) / rising - 1.0f;
+    const float v =
+        u > rise ? 1.0f - 2.0f * static_cast<float>(u - rise) / falling : 2.0f * static_cast<float>(u) / rising - 1.0f;
     return v * amplitude;
   });
 }
 
 unsigned int ZRVDataGenerator::SquareWaveform(float* x, float* y, unsigned char* m, unsigned int numSamples,
-                                              float amplitude, unsigned int numCycles, float dutyCycle,
-                                              float phase) {
+                                              float amplitude, unsigned int numCycles, float dutyCycle, float phase) {
   const unsigned int period = PeriodOf(numSamples, numCycles);
   if (period == 0) return 0;
   const unsigned int low = zrv::WholeCount(std::ceil(static_cast<float>(period) * dutyCycle));
@@ -135,9 +134,8 @@ unsigned int ZRVDataGenerator::NoiseWaveform(float* data, unsigned int numSample
 }
 
 unsigned int ZRVDataGenerator::RQWaveform(float* x, float* y, unsigned char* m, unsigned int& outputRate,
-                                          bool triangleY, float amplitudeX, float amplitudeY,
-                                          unsigned int frequency, float xMultiple, float risePortion,
-                                          float /*reserved*/) {
+                                          bool triangleY, float amplitudeX, float amplitudeY, unsigned int frequency,
+                                          float xMultiple, float risePortion, float /*reserved*/) {
   const RQPlan plan(frequency, xMultiple);
   if (!x || !y || !m || plan.numSamples < 1) return 0;
   const int n = plan.numSamples;

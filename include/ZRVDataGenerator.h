@@ -89,14 +89,13 @@ class ZRV_API ZRVDataGenerator {
                               const ZRVSpirographSettings& spirograph, unsigned int& numSamples,
                               unsigned int& numFrames);
   void GenerateLissajousData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
-                             const ZRVLissajousSettings& lissajous, unsigned int& numSamples,
-                             unsigned int& numFrames);
+                             const ZRVLissajousSettings& lissajous, unsigned int& numSamples, unsigned int& numFrames);
 
   // Digits and text need a font: LoadHersheyFile.
   void GenerateClockData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
                          const ZRVClockSettings& clock, unsigned int& numSamples, unsigned int& numFrames);
-  void GenerateTextData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
-                        const ZRVTextSettings& text, unsigned int& numSamples, unsigned int& numFrames);
+  void GenerateTextData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan, const ZRVTextSettings& text,
+                        unsigned int& numSamples, unsigned int& numFrames);
 
   // One period of RQWaveform; as many samples as its frequency gives.
   void GenerateSignalData(float* x, float* y, unsigned char* m, const ZRVScanSettings& scan,
@@ -126,17 +125,17 @@ class ZRV_API ZRVDataGenerator {
   // otherwise x is a time axis from -1 upward (2 i / numSamples - 1), y the signal and m 255.
   // amplitude: peak value. numCycles: periods in the array, 1..numSamples. phase: start within the period.
 
-  static unsigned int SineWaveform(float* x, float* y, unsigned char* m, unsigned int numSamples,
-                                   float amplitude, unsigned int numCycles, float phase);
+  static unsigned int SineWaveform(float* x, float* y, unsigned char* m, unsigned int numSamples, float amplitude,
+                                   unsigned int numCycles, float phase);
 
   // Rises from -amplitude over risePortion (0..1) of each period, then falls: 1 is a rising ramp, 0.5 a
   // symmetric triangle. A period is numSamples / numCycles whole samples and rises over one at least.
-  static unsigned int SawtoothWaveform(float* x, float* y, unsigned char* m, unsigned int numSamples,
-                                       float amplitude, unsigned int numCycles, float risePortion, float phase);
+  static unsigned int SawtoothWaveform(float* x, float* y, unsigned char* m, unsigned int numSamples, float amplitude,
+                                       unsigned int numCycles, float risePortion, float phase);
 
   // -amplitude for the first dutyCycle (0..1) of each period, +amplitude for the rest.
-  static unsigned int SquareWaveform(float* x, float* y, unsigned char* m, unsigned int numSamples,
-                                     float amplitude, unsigned int numCycles, float dutyCycle, float phase);
+  static unsigned int SquareWaveform(float* x, float* y, unsigned char* m, unsigned int numSamples, float amplitude,
+                                     unsigned int numCycles, float dutyCycle, float phase);
 
   // Uniform noise in -amplitude..amplitude. Seeds the C library's rand() with the time in seconds and draws from it:
   // calls within one second give the same noise, and a program that uses rand() itself finds it seeded anew. Not for
@@ -160,13 +159,13 @@ class ZRV_API ZRVDataGenerator {
   // One point a sample, m 255. waveType 1 draws with the triangle wave saw() in place of sine and cosine.
 
   // From the centre outward in turnCount (1 and up) turns; the radius grows with the angle.
-  static unsigned int SpiralCurve(float* x, float* y, unsigned char* m, unsigned int numSamples,
-                                  float amplitudeX, float amplitudeY, unsigned int turnCount, float phase);
+  static unsigned int SpiralCurve(float* x, float* y, unsigned char* m, unsigned int numSamples, float amplitudeX,
+                                  float amplitudeY, unsigned int turnCount, float phase);
 
   // numSides sides of numSamples / numSides points each and the first corner again: writes up to
   // numSamples + 1. With fewer samples than sides: one point, the first corner (amplitude, 0).
-  static unsigned int PolygonCurve(float* x, float* y, unsigned char* m, unsigned int numSamples,
-                                   float amplitude, unsigned int numSides, float reserved);
+  static unsigned int PolygonCurve(float* x, float* y, unsigned char* m, unsigned int numSamples, float amplitude,
+                                   unsigned int numSides, float reserved);
 
   // A closed figure of one circle rolling on another, scaled so that its farthest point lies at amplitude.
   //   curveType       0 rose, 1 epicycloid, 2 epitrochoid, 3 hypocycloid, 4 hypotrochoid; else all (0, 0)
@@ -181,13 +180,13 @@ class ZRV_API ZRVDataGenerator {
   //   modulation      0 none, 1 of the amplitude, 2 of the phase, by modFreq and modDepth, on y shifted by
   //                   modPhase. Other values write m alone.
   static unsigned int LissajousCurve(float* x, float* y, unsigned char* m, unsigned int numSamples,
-                                     unsigned int waveType, float amplitude, unsigned int freqX,
-                                     unsigned int freqY, float phase, unsigned int modulation, float modDepth,
-                                     unsigned int modFreq, float modPhase);
+                                     unsigned int waveType, float amplitude, unsigned int freqX, unsigned int freqY,
+                                     float phase, unsigned int modulation, float modDepth, unsigned int modFreq,
+                                     float modPhase);
 
   // The three hands of a clock as 13 keypoints (always 13), to be interpolated.
-  static unsigned int AnalogClockCurve(float* x, float* y, unsigned char* m, unsigned int hours,
-                                       unsigned int minutes, unsigned int seconds, float amplitude);
+  static unsigned int AnalogClockCurve(float* x, float* y, unsigned char* m, unsigned int hours, unsigned int minutes,
+                                       unsigned int seconds, float amplitude);
 
   // A point bouncing in the box -1..1. Velocities are per sample, accelerations per sample squared;
   // restitution is what is left of a velocity after a bounce. The first point is one step from the start.
@@ -207,10 +206,10 @@ class ZRV_API ZRVDataGenerator {
   void LoadIldaFile(const char* fileName);
   void ClearIldaData();
 
-  unsigned int IldaFrameType() const;      // format code
-  unsigned int IldaNumFrames() const;      // as the file declares them; frames are numbered from 1
-  unsigned int IldaNumMaxPoints() const;   // of the largest frame
-  unsigned int IldaNumTotalPoints() const; // of all frames
+  unsigned int IldaFrameType() const;       // format code
+  unsigned int IldaNumFrames() const;       // as the file declares them; frames are numbered from 1
+  unsigned int IldaNumMaxPoints() const;    // of the largest frame
+  unsigned int IldaNumTotalPoints() const;  // of all frames
 
   // Points of one frame; 0 when there is no such frame.
   unsigned int IldaFrameSize(unsigned int frame) const;
@@ -229,9 +228,8 @@ class ZRV_API ZRVDataGenerator {
   unsigned int IldaDataStream(float* x, float* y, unsigned char* m, unsigned int* rgb, const unsigned int* frames,
                               unsigned int count, float xScale, float yScale, float angleX, float angleY,
                               bool closeCurve);
-  unsigned int IldaDataStream(float* x, float* y, unsigned char* m, const unsigned int* frames,
-                              unsigned int count, float xScale, float yScale, float angleX, float angleY,
-                              bool closeCurve);
+  unsigned int IldaDataStream(float* x, float* y, unsigned char* m, const unsigned int* frames, unsigned int count,
+                              float xScale, float yScale, float angleX, float angleY, bool closeCurve);
 
   // Keypoints that the last IldaDataStream wrote for its request number 0, 1, ...; 0 when there was none such.
   unsigned int IldaKeypointCount(unsigned int request) const;
@@ -241,10 +239,10 @@ class ZRV_API ZRVDataGenerator {
   void LoadHersheyFile(const char* fileName);
   void ClearHersheyData();
 
-  unsigned int HersheyNumOC() const;     // occidental glyphs
-  unsigned int HersheyNumOR() const;     // oriental glyphs
-  unsigned int HersheyNumMath() const;   // entries of the index of mathematical signs
-  unsigned int HersheyNumSym() const;    // entries of the index of symbols
+  unsigned int HersheyNumOC() const;    // occidental glyphs
+  unsigned int HersheyNumOR() const;    // oriental glyphs
+  unsigned int HersheyNumMath() const;  // entries of the index of mathematical signs
+  unsigned int HersheyNumSym() const;   // entries of the index of symbols
   unsigned int HersheyNumFonts() const;
   unsigned int HersheyFontSize() const;  // characters a font, from the space on
 
@@ -263,8 +261,8 @@ class ZRV_API ZRVDataGenerator {
   // -xScale..xScale, and turned clockwise by yScale radians (0: upright). closeCurve: return along the same way;
   // otherwise straight and dark.
   // Room: 2 n - 1 with closeCurve, otherwise n + 1, where n is HersheyDataSize of the same glyphs.
-  unsigned int HersheyDataStream(float* x, float* y, unsigned char* m, const unsigned int* glyphs,
-                                 unsigned int count, bool occidental, float xScale, float yScale, bool closeCurve);
+  unsigned int HersheyDataStream(float* x, float* y, unsigned char* m, const unsigned int* glyphs, unsigned int count,
+                                 bool occidental, float xScale, float yScale, bool closeCurve);
   unsigned int HersheyDataStream(float* x, float* y, unsigned char* m, const char* text, unsigned int length,
                                  unsigned int font, float xScale, float yScale, bool closeCurve);
 
@@ -290,7 +288,7 @@ class ZRV_API ZRVDataGenerator {
   // Points of the file that was loaded last, of either kind: both read the same counter.
   unsigned int GetPointFileSize() const;
   unsigned int GetPointTimeFileSize() const;
-  unsigned int GetPointFileSps() const;      // samples per second; 0 when the file gives none
+  unsigned int GetPointFileSps() const;  // samples per second; 0 when the file gives none
   unsigned int GetPointTimeFileSps() const;
 
   // Copy what is held, at most GetPointFileSize() points, and return their number.
@@ -325,19 +323,18 @@ class ZRV_API ZRVDataGenerator {
   // R = trunc(sps min(lineDuration, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L. The first
   // is about 60000 with up to 25000 pixels in all, unless minSps asks for more.
   unsigned int LinearRasterPattern(float* x, float* y, unsigned char* m, float xAmplitude, float yAmplitude,
-                                   unsigned int numLines, unsigned int numPixels, float lineDuration,
-                                   bool pixelHold, bool bidirectional, int digitalShift, float rotationAngle,
-                                   unsigned int& sps, int minSps, int maxSps);
+                                   unsigned int numLines, unsigned int numPixels, float lineDuration, bool pixelHold,
+                                   bool bidirectional, int digitalShift, float rotationAngle, unsigned int& sps,
+                                   int minSps, int maxSps);
 
   // The same for imaging: four samples a pixel (one when maxSps forbids), no lead-in, one return at the end.
   // pixelHold is not used. m has no line-start bit; bit 6 marks the active part of backward lines. Samples, with
   // R = trunc(sps min(lineDuration / 2.5, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L. Nothing
   // bounds them but maxSps: 20 lines of 1190 pixels can take 134000, so ask with null arrays.
-  unsigned int LinearRasterPatternImaging(float* x, float* y, unsigned char* m, float xAmplitude,
-                                          float yAmplitude, unsigned int numLines, unsigned int numPixels,
-                                          float lineDuration, bool pixelHold, bool bidirectional,
-                                          int digitalShift, float rotationAngle, unsigned int& sps, int minSps,
-                                          int maxSps);
+  unsigned int LinearRasterPatternImaging(float* x, float* y, unsigned char* m, float xAmplitude, float yAmplitude,
+                                          unsigned int numLines, unsigned int numPixels, float lineDuration,
+                                          bool pixelHold, bool bidirectional, int digitalShift, float rotationAngle,
+                                          unsigned int& sps, int minSps, int maxSps);
 
   // Dwells at each point with its digital byte, then moves on, dark. dwellTimes (one a point, the move included)
   // and transitionTime in milliseconds. An sps of 0 is replaced by one that makes about 50000 samples; any
@@ -357,9 +354,9 @@ class ZRV_API ZRVDataGenerator {
   //   binaryImage     full intensity below the threshold and none above; otherwise 255 - grey
   //   threshold       grey 0..255 below which a pixel counts as dark
   unsigned int ImageRasterPattern(float* x, float* y, unsigned char* m, float xAmplitude, float yAmplitude,
-                                  unsigned int numLines, unsigned int numPixels, IplImage* image,
-                                  bool binaryImage, int threshold, float lineDuration, bool bidirectional,
-                                  unsigned int& sps, int minSps, int maxSps);
+                                  unsigned int numLines, unsigned int numPixels, IplImage* image, bool binaryImage,
+                                  int threshold, float lineDuration, bool bidirectional, unsigned int& sps, int minSps,
+                                  int maxSps);
 
   // Burns an image of numLines by numPixels intensities along x: line 0 near yMin, pixel 0 near xMin, each pixel at
   // constant speed with its intensity in m. Before the first pixel of a line the mirror gets up to speed, after
@@ -374,8 +371,8 @@ class ZRV_API ZRVDataGenerator {
   // below minSps, or when nothing is dark.
   unsigned int LaserWriterDataStream(float* x, float* y, unsigned char* m, const unsigned char* raster,
                                      const int* lastDarkColumn, unsigned int numLines, unsigned int numPixels,
-                                     float lineDuration, bool bidirectional, unsigned int& sps, int minSps,
-                                     int maxSps, float xMin, float xMax, float yMin, float yMax);
+                                     float lineDuration, bool bidirectional, unsigned int& sps, int minSps, int maxSps,
+                                     float xMin, float xMax, float yMin, float yMax);
 
   // The laser writer's moves. One segment: numSamples positions from (x0, y0) on towards (x1, y1), which is not
   // written itself, under constant acceleration and with m = digital. startSpeed is the speed at the start over
@@ -395,8 +392,8 @@ class ZRV_API ZRVDataGenerator {
   //   retrace         walk the path backwards: 2 numKeypoints - 1 keypoints
   //   numClosePoints  otherwise: that many keypoints straight back, blank. Nothing is added when it is 0 or
   //                   the path ends where it began.
-  static unsigned int CloseCurve(float* x, float* y, unsigned char* m, unsigned int* index,
-                                 unsigned int numKeypoints, unsigned int numClosePoints, bool retrace);
+  static unsigned int CloseCurve(float* x, float* y, unsigned char* m, unsigned int* index, unsigned int numKeypoints,
+                                 unsigned int numClosePoints, bool retrace);
   static unsigned int CloseCurve(float* x, float* y, unsigned char* m, unsigned int numKeypoints,
                                  unsigned int numClosePoints, bool retrace);
 
@@ -414,8 +411,8 @@ class ZRV_API ZRVDataGenerator {
   // In place; all return count. Only x and y change.
 
   // count 0: all four 0.
-  static void BoundingBox(const float* x, const float* y, unsigned int count, float& minX, float& maxX,
-                          float& minY, float& maxY);
+  static void BoundingBox(const float* x, const float* y, unsigned int count, float& minX, float& maxX, float& minY,
+                          float& maxY);
 
   // Scales and turns (clockwise) about the centre of the given bounds. One scale serves both axes: the span from
   // the lowest to the highest of all four bounds becomes 2 scale, so that bounds about the origin fill
@@ -466,9 +463,9 @@ class ZRV_API ZRVDataGenerator {
   // one when both fractions are below 0.0001. With at least as many keypoints as samples the keypoints are
   // copied instead (room for numKeypoints) and counted. No samples or no keypoints: returns numKeypoints,
   // writes nothing. One keypoint fills all samples; the result is then 1 (linear) or 0 (trapezoidal).
-  unsigned int InterpolateData(const float* xIn, const float* yIn, const unsigned char* mIn, float* xOut,
-                               float* yOut, unsigned char* mOut, unsigned int numKeypoints,
-                               unsigned int numSamples, float blankSpeed, float drawAccel, float blankAccel);
+  unsigned int InterpolateData(const float* xIn, const float* yIn, const unsigned char* mIn, float* xOut, float* yOut,
+                               unsigned char* mOut, unsigned int numKeypoints, unsigned int numSamples,
+                               float blankSpeed, float drawAccel, float blankAccel);
 
   // Constant speed. Ends with a closing sample: x and m of the last keypoint, and as y that keypoint's m (not
   // its y).
@@ -478,10 +475,9 @@ class ZRV_API ZRVDataGenerator {
 
   // Accelerates, cruises and slows down on every segment of 6 samples or more. The last keypoint itself is not
   // written, which suits closed paths. Segments of less than a sample add one each to numSamples.
-  unsigned int InterpolateDataTrapezoidal(const float* xIn, const float* yIn, const unsigned char* mIn,
-                                          float* xOut, float* yOut, unsigned char* mOut,
-                                          unsigned int numKeypoints, unsigned int numSamples, float blankSpeed,
-                                          float drawAccel, float blankAccel);
+  unsigned int InterpolateDataTrapezoidal(const float* xIn, const float* yIn, const unsigned char* mIn, float* xOut,
+                                          float* yOut, unsigned char* mOut, unsigned int numKeypoints,
+                                          unsigned int numSamples, float blankSpeed, float drawAccel, float blankAccel);
 
   // Time and acceleration follow the turning angles at both ends of a segment; the path is taken as closed.
   // With at least as many keypoints as samples, numSamples is raised to 1.25 numKeypoints (room for that plus
@@ -489,10 +485,9 @@ class ZRV_API ZRVDataGenerator {
   // null.
   unsigned int InterpolateDataOptimized(const float* xIn, const float* yIn, const unsigned char* mIn,
                                         const unsigned int* idxIn, float* xOut, float* yOut, unsigned char* mOut,
-                                        unsigned int* idxOut, unsigned int numKeypoints,
-                                        unsigned int numSamples);
-  unsigned int InterpolateDataOptimized(const float* xIn, const float* yIn, const unsigned char* mIn,
-                                        float* xOut, float* yOut, unsigned char* mOut, unsigned int numKeypoints,
+                                        unsigned int* idxOut, unsigned int numKeypoints, unsigned int numSamples);
+  unsigned int InterpolateDataOptimized(const float* xIn, const float* yIn, const unsigned char* mIn, float* xOut,
+                                        float* yOut, unsigned char* mOut, unsigned int numKeypoints,
                                         unsigned int numSamples);
 
   // Scratch of the interpolators, one float a keypoint, grown in steps of 10000 and reused from call to call.
@@ -514,21 +509,21 @@ class ZRV_API ZRVDataGenerator {
                                          unsigned int numSamples, unsigned int numFrames);
 
   // Once around, clockwise, about the centre of the bounding box.
-  static unsigned int AnimationRotate(float* x, float* y, unsigned char* m, unsigned int* idx,
-                                      unsigned int numSamples, unsigned int numFrames);
+  static unsigned int AnimationRotate(float* x, float* y, unsigned char* m, unsigned int* idx, unsigned int numSamples,
+                                      unsigned int numFrames);
   static unsigned int AnimationRotate(float* x, float* y, unsigned char* m, unsigned int numSamples,
                                       unsigned int numFrames);
 
   // From left to right through the field; the last frame is the dark way back. The first frame is moved off the
   // field to the left as well.
-  static unsigned int AnimationScroll(float* x, float* y, unsigned char* m, unsigned int* idx,
-                                      unsigned int numSamples, unsigned int numFrames);
+  static unsigned int AnimationScroll(float* x, float* y, unsigned char* m, unsigned int* idx, unsigned int numSamples,
+                                      unsigned int numFrames);
   static unsigned int AnimationScroll(float* x, float* y, unsigned char* m, unsigned int numSamples,
                                       unsigned int numFrames);
 
   // Starts in the direction of angle (0 is right) at 4 / numFrames a frame; the centre bounces off the edges.
-  static unsigned int AnimationBounce(float* x, float* y, unsigned char* m, unsigned int* idx,
-                                      unsigned int numSamples, unsigned int numFrames, float angle);
+  static unsigned int AnimationBounce(float* x, float* y, unsigned char* m, unsigned int* idx, unsigned int numSamples,
+                                      unsigned int numFrames, float angle);
   static unsigned int AnimationBounce(float* x, float* y, unsigned char* m, unsigned int numSamples,
                                       unsigned int numFrames, float angle);
 
@@ -587,8 +582,8 @@ class ZRV_API ZRVDataGenerator {
 
  private:
   // Keypoints that need no interpolation, as they are. Returns count.
-  static unsigned int CopyKeypointsToSamples(const float* xIn, const float* yIn, const unsigned char* mIn,
-                                             float* xOut, float* yOut, unsigned char* mOut, int count);
+  static unsigned int CopyKeypointsToSamples(const float* xIn, const float* yIn, const unsigned char* mIn, float* xOut,
+                                             float* yOut, unsigned char* mOut, int count);
 
   std::array<float, 9> projectiveMatrix;  // row-major 3x3
   std::array<float, 101> radialMult;      // by strength 0.00..1.00

@@ -155,10 +155,10 @@ typedef enum ZRVModulation ZRV_ENUM_BASE {
 } ZRVModulation;
 
 typedef enum ZRVImportFormat ZRV_ENUM_BASE {
-  ImportByContent = 0,  /* a drawing, else a point-time file, else a point file */
-  ImportIlda = 1,       /* ILDA Image Data Transfer Format */
-  ImportPoints = 2,     /* lines of x y m, a sample each */
-  ImportPointTimes = 3  /* lines of x y m t: dwell at each point for t milliseconds */
+  ImportByContent = 0, /* a drawing, else a point-time file, else a point file */
+  ImportIlda = 1,      /* ILDA Image Data Transfer Format */
+  ImportPoints = 2,    /* lines of x y m, a sample each */
+  ImportPointTimes = 3 /* lines of x y m t: dwell at each point for t milliseconds */
 } ZRVImportFormat;
 
 typedef enum ZRVScanPattern ZRV_ENUM_BASE {
@@ -190,29 +190,29 @@ typedef enum ZRVAnimation ZRV_ENUM_BASE {
 
 /* The controller's configuration. */
 typedef struct ZRVDeviceParamsStruct {
-  unsigned char ParamsValid;         /* 1 when the last identification arrived whole */
+  unsigned char ParamsValid; /* 1 when the last identification arrived whole */
   char DeviceName[32];
   char FirmwareName[16];
-  char CommType[16];                 /* kind of link, as the controller reports it */
-  char BluetoothMAC[18];             /* "00:11:22:33:44:55" */
-  unsigned int HardwareFilterOn;     /* bit 8 of the state word */
-  float VmaxMEMSDriver;              /* volts */
-  unsigned int DeviceState;          /* state word: bit 0 playing, bits 1..4 sync mode, bit 8 hardware
-                                        filter, bit 12 tracking, bits 13..15 output format code */
+  char CommType[16];             /* kind of link, as the controller reports it */
+  char BluetoothMAC[18];         /* "00:11:22:33:44:55" */
+  unsigned int HardwareFilterOn; /* bit 8 of the state word */
+  float VmaxMEMSDriver;          /* volts */
+  unsigned int DeviceState;      /* state word: bit 0 playing, bits 1..4 sync mode, bit 8 hardware
+                                    filter, bit 12 tracking, bits 13..15 output format code */
   unsigned int DeviceErrorRegister;
-  unsigned int USARTBaudRate;        /* baud */
-  unsigned int SampleRate;           /* samples per second */
-  unsigned int HardwareFilterBw;     /* Hz */
-  float VdifferenceMax;              /* volts */
-  float Vbias;                       /* volts */
-  float XOffset;                     /* -1..1 */
-  float YOffset;                     /* -1..1 */
-  float DataScale;                   /* 0..1 */
-  float DataRotation;                /* radians; its sign is lost on reading back */
-  unsigned int MEMSDriverEnable;     /* 0 or 1 */
-  unsigned int DigitalOutputEnable;  /* 0 or 1 */
+  unsigned int USARTBaudRate;         /* baud */
+  unsigned int SampleRate;            /* samples per second */
+  unsigned int HardwareFilterBw;      /* Hz */
+  float VdifferenceMax;               /* volts */
+  float Vbias;                        /* volts */
+  float XOffset;                      /* -1..1 */
+  float YOffset;                      /* -1..1 */
+  float DataScale;                    /* 0..1 */
+  float DataRotation;                 /* radians; its sign is lost on reading back */
+  unsigned int MEMSDriverEnable;      /* 0 or 1 */
+  unsigned int DigitalOutputEnable;   /* 0 or 1 */
   unsigned int LaserModulationEnable; /* 0 or 1 */
-  unsigned int BufferOffset;         /* samples */
+  unsigned int BufferOffset;          /* samples */
   ZRVAxes DeviceAxes;
   ZRVBoot BootSetting;
   ZRVDataMode DataMode;
@@ -233,15 +233,17 @@ typedef struct ZRVDeviceParamsStruct {
 } ZRVDeviceParamsStruct;
 
 /* What discovery found; entries 0..NumDevices-1 of each array are filled. */
-enum { ZRVMaxDevices = 12 };
+enum {
+  ZRVMaxDevices = 12
+};
 typedef struct ZRVAvailableDevicesStruct {
   char DeviceName[ZRVMaxDevices][32];
   char FirmwareName[ZRVMaxDevices][16];
   char CommType[ZRVMaxDevices][16];
   unsigned int USARTBaudRate[ZRVMaxDevices];
   unsigned int CommPortNumber[ZRVMaxDevices];
-  char CommPortName[ZRVMaxDevices][10];       /* what ConnectDevice takes: "COM3", "ttyUSB0" */
-  float VmaxMEMSDriver[ZRVMaxDevices];        /* volts */
+  char CommPortName[ZRVMaxDevices][10]; /* what ConnectDevice takes: "COM3", "ttyUSB0" */
+  float VmaxMEMSDriver[ZRVMaxDevices];  /* volts */
   unsigned int NumDevices;
 } ZRVAvailableDevicesStruct;
 
@@ -260,9 +262,9 @@ typedef struct ZRVTrackParamsStruct {
 
 /* Tracking status. */
 typedef struct ZRVTrackStatus {
-  bool Valid;               /* the answer arrived */
-  bool StatusFlag;          /* bit 0 of answer byte 5 */
-  float X;                  /* tracked position, -1..1 */
+  bool Valid;      /* the answer arrived */
+  bool StatusFlag; /* bit 0 of answer byte 5 */
+  float X;         /* tracked position, -1..1 */
   float Y;
   unsigned int StatusValue; /* answer byte 4 */
 } ZRVTrackStatus;
@@ -280,35 +282,35 @@ typedef struct ZRVTrackStatus {
 
 /* What all of them share. */
 typedef struct ZRVScanSettings {
-  unsigned int ArrayCapacity ZRV_DEFAULT(0);      /* elements of each array that is to be filled */
-  unsigned int SampleRate ZRV_DEFAULT(20000);     /* samples per second */
-  float RefreshRate ZRV_DEFAULT(20.0f);           /* frames per second: a frame has SampleRate / RefreshRate
-                                                     samples, rounded down. Lines between keypoints get whole
-                                                     samples: a linear profile may make one a line fewer or more,
-                                                     the others one a line more; with no fewer keypoints than samples a
-                                                     frame has a sample a keypoint (optimized: 1.25). A retraced
-                                                     waveform has one fewer where the number is even. No part in
-                                                     scans and signals, which make their own time */
+  unsigned int ArrayCapacity ZRV_DEFAULT(0);  /* elements of each array that is to be filled */
+  unsigned int SampleRate ZRV_DEFAULT(20000); /* samples per second */
+  float RefreshRate ZRV_DEFAULT(20.0f);       /* frames per second: a frame has SampleRate / RefreshRate
+                                                 samples, rounded down. Lines between keypoints get whole
+                                                 samples: a linear profile may make one a line fewer or more,
+                                                 the others one a line more; with no fewer keypoints than samples a
+                                                 frame has a sample a keypoint (optimized: 1.25). A retraced
+                                                 waveform has one fewer where the number is even. No part in
+                                                 scans and signals, which make their own time */
   ZRVAnimation Animation ZRV_DEFAULT(AnimateNothing);
-  float AnimationDuration ZRV_DEFAULT(1.0f);      /* seconds: RefreshRate * AnimationDuration frames, rounded, at
-                                                     least 1 */
-  float Scale ZRV_DEFAULT(1.0f);                  /* about the centre of the figure */
-  float Angle ZRV_DEFAULT(0.0f);                  /* clockwise, about the centre of the figure */
+  float AnimationDuration ZRV_DEFAULT(1.0f); /* seconds: RefreshRate * AnimationDuration frames, rounded, at
+                                                least 1 */
+  float Scale ZRV_DEFAULT(1.0f);             /* about the centre of the figure */
+  float Angle ZRV_DEFAULT(0.0f);             /* clockwise, about the centre of the figure */
   float OffsetX ZRV_DEFAULT(0.0f);
   float OffsetY ZRV_DEFAULT(0.0f);
-  bool Projective ZRV_DEFAULT(false);             /* by the matrix of InitProjectiveTransformMatrix */
-  float Tangential ZRV_DEFAULT(0.0f);             /* strength of the tangential distortion */
-  float Radial ZRV_DEFAULT(0.0f);                 /* strength of the radial distortion */
+  bool Projective ZRV_DEFAULT(false); /* by the matrix of InitProjectiveTransformMatrix */
+  float Tangential ZRV_DEFAULT(0.0f); /* strength of the tangential distortion */
+  float Radial ZRV_DEFAULT(0.0f);     /* strength of the radial distortion */
   ZRVProfile Profile ZRV_DEFAULT(ProfileOptimized);
-  float BlankSpeed ZRV_DEFAULT(2.0f);             /* linear, trapezoidal: dark lines are so many times faster, 1..10 */
-  float DrawAccel ZRV_DEFAULT(0.1f);              /* trapezoidal: part of a drawn line spent speeding up, 0..0.5 */
-  float BlankAccel ZRV_DEFAULT(0.25f);            /* trapezoidal: the same of a dark line */
-  unsigned int KeypointBudget ZRV_DEFAULT(0);     /* keypoints a frame above which gentle bends are thinned; 0: as
-                                                     many as there are */
-  ZRVClosing Closing ZRV_DEFAULT(ClosingBlank);   /* of open paths: keypoints, waveforms over time. A path that ends
-                                                     lit where it began is left as it is */
-  bool Filter ZRV_DEFAULT(false);                 /* by SetupSoftwareFilter, for two channels; x of a waveform over
-                                                     time is left as it is */
+  float BlankSpeed ZRV_DEFAULT(2.0f);           /* linear, trapezoidal: dark lines are so many times faster, 1..10 */
+  float DrawAccel ZRV_DEFAULT(0.1f);            /* trapezoidal: part of a drawn line spent speeding up, 0..0.5 */
+  float BlankAccel ZRV_DEFAULT(0.25f);          /* trapezoidal: the same of a dark line */
+  unsigned int KeypointBudget ZRV_DEFAULT(0);   /* keypoints a frame above which gentle bends are thinned; 0: as
+                                                   many as there are */
+  ZRVClosing Closing ZRV_DEFAULT(ClosingBlank); /* of open paths: keypoints, waveforms over time. A path that ends
+                                                   lit where it began is left as it is */
+  bool Filter ZRV_DEFAULT(false);               /* by SetupSoftwareFilter, for two channels; x of a waveform over
+                                                   time is left as it is */
   bool FilterZeroPhase ZRV_DEFAULT(false);
   unsigned int SampleRateMin ZRV_DEFAULT(200);    /* limits for those that choose their own rate: */
   unsigned int SampleRateMax ZRV_DEFAULT(100000); /* the controller's, from its parameter record */
@@ -317,40 +319,40 @@ typedef struct ZRVScanSettings {
 typedef struct ZRVWaveformSettings {
   ZRVWaveform Waveform ZRV_DEFAULT(WaveformSine);
   ZRVWaveformAxes Axes ZRV_DEFAULT(SignalOverTime);
-  float Amplitude ZRV_DEFAULT(0.9f);      /* peak value */
-  unsigned int Cycles ZRV_DEFAULT(3);     /* periods a frame */
+  float Amplitude ZRV_DEFAULT(0.9f);  /* peak value */
+  unsigned int Cycles ZRV_DEFAULT(3); /* periods a frame */
   float Phase ZRV_DEFAULT(0.0f);
-  float Portion ZRV_DEFAULT(0.5f);        /* of a period, 0..1: rising (sawtooth), low (square) */
+  float Portion ZRV_DEFAULT(0.5f); /* of a period, 0..1: rising (sawtooth), low (square) */
 } ZRVWaveformSettings;
 
 typedef struct ZRVSpirographSettings {
   ZRVCurve Curve ZRV_DEFAULT(CurveHypotrochoid);
-  bool TriangleWave ZRV_DEFAULT(false);   /* in place of sine and cosine */
-  float Amplitude ZRV_DEFAULT(0.9f);      /* radius of the farthest point */
-  int RingA ZRV_DEFAULT(10);              /* fixed ring, at least 1 (rose: petals = RingA / RingB) */
-  int RingB ZRV_DEFAULT(3);               /* rolling ring, at least 1 */
-  int PenDistance ZRV_DEFAULT(5);         /* of the pen from the rolling ring's centre, for the trochoids */
+  bool TriangleWave ZRV_DEFAULT(false); /* in place of sine and cosine */
+  float Amplitude ZRV_DEFAULT(0.9f);    /* radius of the farthest point */
+  int RingA ZRV_DEFAULT(10);            /* fixed ring, at least 1 (rose: petals = RingA / RingB) */
+  int RingB ZRV_DEFAULT(3);             /* rolling ring, at least 1 */
+  int PenDistance ZRV_DEFAULT(5);       /* of the pen from the rolling ring's centre, for the trochoids */
 } ZRVSpirographSettings;
 
 typedef struct ZRVLissajousSettings {
-  bool TriangleWave ZRV_DEFAULT(false);   /* in place of the sine */
+  bool TriangleWave ZRV_DEFAULT(false); /* in place of the sine */
   float Amplitude ZRV_DEFAULT(0.9f);
-  unsigned int FreqX ZRV_DEFAULT(3);      /* periods a frame */
+  unsigned int FreqX ZRV_DEFAULT(3); /* periods a frame */
   unsigned int FreqY ZRV_DEFAULT(4);
-  float Phase ZRV_DEFAULT(0.0f);          /* of Y */
+  float Phase ZRV_DEFAULT(0.0f); /* of Y */
   ZRVModulation Modulation ZRV_DEFAULT(ModulateNothing);
-  float ModDepth ZRV_DEFAULT(0.5f);       /* radians for the phase */
-  unsigned int ModFreq ZRV_DEFAULT(1);    /* periods a frame */
-  float ModPhase ZRV_DEFAULT(0.0f);       /* on Y */
+  float ModDepth ZRV_DEFAULT(0.5f);    /* radians for the phase */
+  unsigned int ModFreq ZRV_DEFAULT(1); /* periods a frame */
+  float ModPhase ZRV_DEFAULT(0.0f);    /* on Y */
 } ZRVLissajousSettings;
 
 typedef struct ZRVClockSettings {
-  bool Digital ZRV_DEFAULT(false);        /* digits in a font that LoadHersheyFile loaded, else hands */
+  bool Digital ZRV_DEFAULT(false); /* digits in a font that LoadHersheyFile loaded, else hands */
   unsigned int Hours ZRV_DEFAULT(10);
   unsigned int Minutes ZRV_DEFAULT(8);
   unsigned int Seconds ZRV_DEFAULT(30);
-  float Amplitude ZRV_DEFAULT(0.9f);      /* length of the longest hand; at most half the width of the
-                                             digits */
+  float Amplitude ZRV_DEFAULT(0.9f); /* length of the longest hand; at most half the width of the
+                                        digits */
   unsigned int Font ZRV_DEFAULT(0);
 } ZRVClockSettings;
 
@@ -361,46 +363,46 @@ typedef struct ZRVSignalSettings {
   float AmplitudeY ZRV_DEFAULT(0.9f);
   unsigned int Frequency ZRV_DEFAULT(100); /* of Y, 1..40000 Hz */
   float XMultiple ZRV_DEFAULT(10.0f);
-  float RisePortion ZRV_DEFAULT(0.5f);     /* rising part of the triangle, 0..1 */
+  float RisePortion ZRV_DEFAULT(0.5f); /* rising part of the triangle, 0..1 */
 } ZRVSignalSettings;
 
 typedef struct ZRVImportSettings {
-  const char* FileName ZRV_DEFAULT(nullptr);       /* null: what was loaded before; Format must then be given */
+  const char* FileName ZRV_DEFAULT(nullptr); /* null: what was loaded before; Format must then be given */
   ZRVImportFormat Format ZRV_DEFAULT(ImportByContent);
   const unsigned int* Frames ZRV_DEFAULT(nullptr); /* frames of a drawing, numbered from 1; null: all */
   unsigned int NumFrames ZRV_DEFAULT(0);           /* in Frames */
   float Amplitude ZRV_DEFAULT(0.9f);               /* at most half the longer side of a drawing */
   float AngleX ZRV_DEFAULT(0.0f);                  /* view of a drawing, as IldaDataStream takes it */
   float AngleY ZRV_DEFAULT(1.5707964f);
-  bool Keypoints ZRV_DEFAULT(false);               /* a point file gives corners, not samples */
-  float TransitionTime ZRV_DEFAULT(0.5f);          /* of a move between the points of a point-time file, ms */
+  bool Keypoints ZRV_DEFAULT(false);      /* a point file gives corners, not samples */
+  float TransitionTime ZRV_DEFAULT(0.5f); /* of a move between the points of a point-time file, ms */
 } ZRVImportSettings;
 
 typedef struct ZRVTextSettings {
   const char* Text ZRV_DEFAULT(nullptr);
-  unsigned int Length ZRV_DEFAULT(0);     /* characters; 0: up to the closing zero */
-  unsigned int Font ZRV_DEFAULT(0);       /* of those that LoadHersheyFile loaded */
-  float Amplitude ZRV_DEFAULT(0.9f);      /* at most half the longer side */
+  unsigned int Length ZRV_DEFAULT(0); /* characters; 0: up to the closing zero */
+  unsigned int Font ZRV_DEFAULT(0);   /* of those that LoadHersheyFile loaded */
+  float Amplitude ZRV_DEFAULT(0.9f);  /* at most half the longer side */
 } ZRVTextSettings;
 
 typedef struct ZRVPatternSettings {
   ZRVScanPattern Pattern ZRV_DEFAULT(ScanRaster);
-  float XAmplitude ZRV_DEFAULT(0.9f);      /* of the stack of lines */
-  float YAmplitude ZRV_DEFAULT(0.9f);      /* of the sweep, turnarounds included */
+  float XAmplitude ZRV_DEFAULT(0.9f); /* of the stack of lines */
+  float YAmplitude ZRV_DEFAULT(0.9f); /* of the sweep, turnarounds included */
   unsigned int NumLines ZRV_DEFAULT(20);
-  unsigned int NumPixels ZRV_DEFAULT(50);  /* a line */
-  float LineDuration ZRV_DEFAULT(0.01f);   /* seconds, of the active part */
-  bool PixelHold ZRV_DEFAULT(false);       /* dwell at each pixel */
+  unsigned int NumPixels ZRV_DEFAULT(50); /* a line */
+  float LineDuration ZRV_DEFAULT(0.01f);  /* seconds, of the active part */
+  bool PixelHold ZRV_DEFAULT(false);      /* dwell at each pixel */
   bool Bidirectional ZRV_DEFAULT(true);
-  int DigitalShift ZRV_DEFAULT(0);         /* samples */
-  float RotationAngle ZRV_DEFAULT(0.0f);   /* clockwise */
+  int DigitalShift ZRV_DEFAULT(0);          /* samples */
+  float RotationAngle ZRV_DEFAULT(0.0f);    /* clockwise */
   const float* PointX ZRV_DEFAULT(nullptr); /* point to point: NumPoints places */
   const float* PointY ZRV_DEFAULT(nullptr);
   const unsigned char* PointM ZRV_DEFAULT(nullptr); /* digital byte of each; null: 255 */
   const float* DwellTimes ZRV_DEFAULT(nullptr);     /* ms a point with the move to the next; null: DwellTime */
-  float DwellTime ZRV_DEFAULT(5.0f);       /* ms */
+  float DwellTime ZRV_DEFAULT(5.0f);                /* ms */
   unsigned int NumPoints ZRV_DEFAULT(0);
-  float TransitionTime ZRV_DEFAULT(0.5f);  /* ms, of the move */
+  float TransitionTime ZRV_DEFAULT(0.5f); /* ms, of the move */
 } ZRVPatternSettings;
 
 #undef ZRV_DEFAULT

@@ -59,8 +59,8 @@ ZRV_API void ZRVDeleteDevice(ZRVDevice* device);
 /* How the last call ended. Does not clear it. */
 ZRV_API ZRVError ZRVGetLastError(ZRVDevice* device);
 
-/* What an error means, with the name of its code, and behind a line end what to do; no full stop at the end. The text is
- * static. */
+/* What an error means, with the name of its code, and behind a line end what to do; no full stop at the end. The text
+ * is static. */
 ZRV_API const char* ZRVGetErrorText(ZRVError error);
 
 /* The library's version, "10.7.1.0". The text is static. */
@@ -364,11 +364,11 @@ ZRV_API void ZRVGenerateLissajousData(ZRVDataGenerator* generator, float* x, flo
 
 /* Digits and text need a font: ZRVLoadHersheyFile. */
 ZRV_API void ZRVGenerateClockData(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
-                                  const ZRVScanSettings* scan, const ZRVClockSettings* clock,
-                                  unsigned int* numSamples, unsigned int* numFrames);
+                                  const ZRVScanSettings* scan, const ZRVClockSettings* clock, unsigned int* numSamples,
+                                  unsigned int* numFrames);
 ZRV_API void ZRVGenerateTextData(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
-                                 const ZRVScanSettings* scan, const ZRVTextSettings* text,
-                                 unsigned int* numSamples, unsigned int* numFrames);
+                                 const ZRVScanSettings* scan, const ZRVTextSettings* text, unsigned int* numSamples,
+                                 unsigned int* numFrames);
 
 /* One period of the two-axis test signal; as many samples, 12500 at most, as its frequency gives. */
 ZRV_API void ZRVGenerateSignalData(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
@@ -384,9 +384,8 @@ ZRV_API void ZRVGenerateSignalData(ZRVDataGenerator* generator, float* x, float*
  *   rgb             null, or scan.ArrayCapacity colours 0xRRGGBB: the drawing's, or white where it has none; black
  *                   where m is 0 */
 ZRV_API void ZRVGenerateImportFileData(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
-                                       unsigned int* rgb, const ZRVScanSettings* scan,
-                                       const ZRVImportSettings* file, unsigned int* numSamples,
-                                       unsigned int* numFrames, unsigned int* sampleRate);
+                                       unsigned int* rgb, const ZRVScanSettings* scan, const ZRVImportSettings* file,
+                                       unsigned int* numSamples, unsigned int* numFrames, unsigned int* sampleRate);
 
 /* Rasters and point to point, at a rate of their own choice between scan.SampleRateMin and SampleRateMax. */
 ZRV_API void ZRVGenerateScanData(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
@@ -430,13 +429,12 @@ ZRV_API unsigned int ZRVRQWaveform(ZRVDataGenerator* generator, float* x, float*
 
 /* From the centre outward in turnCount turns. */
 ZRV_API unsigned int ZRVSpiralCurve(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
-                                    unsigned int numSamples, float amplitudeX, float amplitudeY,
-                                    unsigned int turnCount, float phase);
+                                    unsigned int numSamples, float amplitudeX, float amplitudeY, unsigned int turnCount,
+                                    float phase);
 
 /* A regular polygon; writes up to numSamples + 1. With fewer samples than sides: one point. */
 ZRV_API unsigned int ZRVPolygonCurve(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
-                                     unsigned int numSamples, float amplitude, unsigned int numSides,
-                                     float reserved);
+                                     unsigned int numSamples, float amplitude, unsigned int numSides, float reserved);
 
 /* One circle rolling on another. curveType: a ZRVCurve; ringA, ringB: fixed and rolling radius (rose: its petal
  * ratio; ringB 0: nothing is written); penDistance: from the rolling circle's centre (the trochoids). */
@@ -470,10 +468,10 @@ ZRV_API unsigned int ZRVDynamicsCurve(ZRVDataGenerator* generator, float* x, flo
 /* Drawings in the ILDA Image Data Transfer Format. Frames are numbered from 1. */
 ZRV_API void ZRVLoadIldaFile(ZRVDataGenerator* generator, const char* fileName);
 ZRV_API void ZRVClearIldaData(ZRVDataGenerator* generator);
-ZRV_API unsigned int ZRVIldaFrameType(ZRVDataGenerator* generator);      /* format code */
+ZRV_API unsigned int ZRVIldaFrameType(ZRVDataGenerator* generator); /* format code */
 ZRV_API unsigned int ZRVIldaNumFrames(ZRVDataGenerator* generator);
-ZRV_API unsigned int ZRVIldaNumMaxPoints(ZRVDataGenerator* generator);   /* of the largest frame */
-ZRV_API unsigned int ZRVIldaNumTotalPoints(ZRVDataGenerator* generator); /* of all frames */
+ZRV_API unsigned int ZRVIldaNumMaxPoints(ZRVDataGenerator* generator);                  /* of the largest frame */
+ZRV_API unsigned int ZRVIldaNumTotalPoints(ZRVDataGenerator* generator);                /* of all frames */
 ZRV_API unsigned int ZRVIldaFrameSize(ZRVDataGenerator* generator, unsigned int frame); /* 0: no such frame */
 ZRV_API unsigned int ZRVIldaAnimSize(ZRVDataGenerator* generator, const unsigned int* frames, unsigned int count);
 
@@ -482,8 +480,8 @@ ZRV_API unsigned int ZRVIldaAnimSize(ZRVDataGenerator* generator, const unsigned
  * angleY: the view of a 3D drawing; 0 and pi / 2 show a flat one upright. closeCurve: return dark to the first
  * keypoint of each frame. Room: ZRVIldaAnimSize(frames, count) + count. */
 ZRV_API unsigned int ZRVIldaDataStream(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
-                                       unsigned int* rgb, const unsigned int* frames, unsigned int count,
-                                       float xScale, float yScale, float angleX, float angleY, bool closeCurve);
+                                       unsigned int* rgb, const unsigned int* frames, unsigned int count, float xScale,
+                                       float yScale, float angleX, float angleY, bool closeCurve);
 
 /* Keypoints that the last ZRVIldaDataStream wrote for its request number 0, 1, ... */
 ZRV_API unsigned int ZRVIldaKeypointCount(ZRVDataGenerator* generator, unsigned int request);
@@ -491,10 +489,10 @@ ZRV_API unsigned int ZRVIldaKeypointCount(ZRVDataGenerator* generator, unsigned 
 /* Vector fonts: a file of Hershey glyphs, such as hershey.font that is installed with the library. */
 ZRV_API void ZRVLoadHersheyFile(ZRVDataGenerator* generator, const char* fileName);
 ZRV_API void ZRVClearHersheyData(ZRVDataGenerator* generator);
-ZRV_API unsigned int ZRVHersheyNumOC(ZRVDataGenerator* generator);    /* occidental glyphs */
-ZRV_API unsigned int ZRVHersheyNumOR(ZRVDataGenerator* generator);    /* oriental glyphs */
-ZRV_API unsigned int ZRVHersheyNumMath(ZRVDataGenerator* generator);  /* mathematical signs */
-ZRV_API unsigned int ZRVHersheyNumSym(ZRVDataGenerator* generator);   /* symbols */
+ZRV_API unsigned int ZRVHersheyNumOC(ZRVDataGenerator* generator);   /* occidental glyphs */
+ZRV_API unsigned int ZRVHersheyNumOR(ZRVDataGenerator* generator);   /* oriental glyphs */
+ZRV_API unsigned int ZRVHersheyNumMath(ZRVDataGenerator* generator); /* mathematical signs */
+ZRV_API unsigned int ZRVHersheyNumSym(ZRVDataGenerator* generator);  /* symbols */
 ZRV_API unsigned int ZRVHersheyNumFonts(ZRVDataGenerator* generator);
 ZRV_API unsigned int ZRVHersheyFontSize(ZRVDataGenerator* generator); /* characters a font, from the space on */
 
@@ -569,12 +567,11 @@ ZRV_API float ZRVsaw(ZRVDataGenerator* generator, float t);
  * L = 1.1 * sps * lineDuration: (numLines + 2) * L, and if not bidirectional another
  * numLines * sps * min(lineDuration / 2.5, 0.01). Nothing bounds it but maxSps: 20 lines of 1190 pixels can take
  * 134000, so ask with null arrays. */
-ZRV_API unsigned int ZRVLinearRasterPatternImaging(ZRVDataGenerator* generator, float* x, float* y,
-                                                   unsigned char* m, float xAmplitude, float yAmplitude,
-                                                   unsigned int numLines, unsigned int numPixels,
-                                                   float lineDuration, bool pixelHold, bool bidirectional,
-                                                   int digitalShift, float rotationAngle, unsigned int* sps,
-                                                   int minSps, int maxSps);
+ZRV_API unsigned int ZRVLinearRasterPatternImaging(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
+                                                   float xAmplitude, float yAmplitude, unsigned int numLines,
+                                                   unsigned int numPixels, float lineDuration, bool pixelHold,
+                                                   bool bidirectional, int digitalShift, float rotationAngle,
+                                                   unsigned int* sps, int minSps, int maxSps);
 
 /* Dwells at each of numPoints points with its digital byte, then moves on, dark. dwellTimes (one a point, the move
  * included) and transitionTime in milliseconds. sps is read too: 0 (or null) has a rate chosen that makes about 50000
@@ -609,8 +606,8 @@ ZRV_API unsigned int ZRVImageRasterPattern(ZRVDataGenerator* generator, float* x
 ZRV_API unsigned int ZRVLaserWriterDataStream(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
                                               const unsigned char* raster, const int* lastDarkColumn,
                                               unsigned int numLines, unsigned int numPixels, float lineDuration,
-                                              bool bidirectional, unsigned int* sps, int minSps, int maxSps,
-                                              float xMin, float xMax, float yMin, float yMax);
+                                              bool bidirectional, unsigned int* sps, int minSps, int maxSps, float xMin,
+                                              float xMax, float yMin, float yMax);
 
 /* The laser writer's moves: numSamples positions from (x0, y0) on towards (x1, y1), which is not written itself,
  * under constant acceleration. startSpeed over the mean speed: 0 from rest, 1 steady, 2 to rest. The second makes
@@ -621,8 +618,8 @@ ZRV_API unsigned int ZRVLaserWriterInterpData1Seg(ZRVDataGenerator* generator, f
                                                   unsigned int numSamples, float startSpeed);
 ZRV_API unsigned int ZRVLaserWriterInterpData(ZRVDataGenerator* generator, const float* xIn, const float* yIn,
                                               const unsigned char* mIn, const unsigned int* samplesIn,
-                                              const float* startSpeedIn, float* xOut, float* yOut,
-                                              unsigned char* mOut, unsigned int numKeypoints);
+                                              const float* startSpeedIn, float* xOut, float* yOut, unsigned char* mOut,
+                                              unsigned int numKeypoints);
 
 /* ---- Keypoints, transforms, interpolation, animation ------------------------------------------------ */
 
@@ -635,8 +632,7 @@ ZRV_API unsigned int ZRVCloseCurve(ZRVDataGenerator* generator, float* x, float*
 /* Cleans a path for scanning, in place: trims dark ends, closes it, drops what is repeated or straight on, and thins
  * gentle bends when more than maxKeypoints are left (0: the given count). Needs room for one more. */
 ZRV_API unsigned int ZRVOptimizeKeypoints(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
-                                          unsigned int* index, unsigned int numKeypoints,
-                                          unsigned int maxKeypoints);
+                                          unsigned int* index, unsigned int numKeypoints, unsigned int maxKeypoints);
 
 /* Transforms, in place. BoundingBox stores the four bounds, each of which may be null. */
 ZRV_API void ZRVBoundingBox(ZRVDataGenerator* generator, const float* x, const float* y, unsigned int count,
@@ -644,8 +640,8 @@ ZRV_API void ZRVBoundingBox(ZRVDataGenerator* generator, const float* x, const f
 
 /* Scales and turns (clockwise) about the centre of the given bounds, so that the span from the lowest to the highest of
  * all four becomes 2 scale. A span of 0 puts every point at (0, 0). */
-ZRV_API unsigned int ZRVNormalizeData(ZRVDataGenerator* generator, float* x, float* y, unsigned int count,
-                                      float scale, float angle, float minX, float maxX, float minY, float maxY);
+ZRV_API unsigned int ZRVNormalizeData(ZRVDataGenerator* generator, float* x, float* y, unsigned int count, float scale,
+                                      float angle, float minX, float maxX, float minY, float maxY);
 
 /* Scales and turns (clockwise) about the centre of the bounding box, shifts, clips to -1..1. A scale within 0.01
  * of 1, an angle within 0.0001 and offsets within 0.01 of 0 leave the points as they are, unclipped. */
@@ -654,12 +650,11 @@ ZRV_API unsigned int ZRVAffineTransformData(ZRVDataGenerator* generator, float* 
 
 /* Sets the map of the unit square to the quadrilateral of four corners, the images of (0,0), (1,0), (1,1), (0,1).
  * Points of the field -1..1 are first brought to the unit square, and what the map gives is the result: with null
- * corners, the default, -1..1 comes out at 0.5..1. inverse: the other way round; of the default that is the map back, of other
- * corners it is not, for the inverted matrix has at entry 2 what belongs at entry 5, which keeps its value. */
-ZRV_API void ZRVInitProjectiveTransformMatrix(ZRVDataGenerator* generator, const float* cornersX,
-                                              const float* cornersY, bool inverse);
-ZRV_API unsigned int ZRVProjectiveTransformData(ZRVDataGenerator* generator, float* x, float* y,
-                                                unsigned int count);
+ * corners, the default, -1..1 comes out at 0.5..1. inverse: the other way round; of the default that is the map back,
+ * of other corners it is not, for the inverted matrix has at entry 2 what belongs at entry 5, which keeps its value. */
+ZRV_API void ZRVInitProjectiveTransformMatrix(ZRVDataGenerator* generator, const float* cornersX, const float* cornersY,
+                                              bool inverse);
+ZRV_API unsigned int ZRVProjectiveTransformData(ZRVDataGenerator* generator, float* x, float* y, unsigned int count);
 
 /* Radial correction: enable takes the cubic table, otherwise (strength q + 1) sqrt(q), q = radius^2 / sqrt(2). */
 ZRV_API void ZRVInitRadialTransformMult(ZRVDataGenerator* generator, bool enable);
@@ -672,9 +667,9 @@ ZRV_API unsigned int ZRVTangentialTransformData(ZRVDataGenerator* generator, flo
                                                 float strength);
 
 /* Affine, projective, radial, tangential, in this order. The last two are left out within 0.001 of 0. */
-ZRV_API unsigned int ZRVTransformData(ZRVDataGenerator* generator, float* x, float* y, unsigned int count,
-                                      float scale, float angle, float offsetX, float offsetY, bool projective,
-                                      float tangential, float radial);
+ZRV_API unsigned int ZRVTransformData(ZRVDataGenerator* generator, float* x, float* y, unsigned int count, float scale,
+                                      float angle, float offsetX, float offsetY, bool projective, float tangential,
+                                      float radial);
 
 /* Keypoints in, evenly timed samples out. Room: numSamples + numKeypoints; with at least as many keypoints as
  * samples, 2.25 numKeypoints for the optimized profile.
@@ -689,9 +684,8 @@ ZRV_API unsigned int ZRVInterpolateData(ZRVDataGenerator* generator, const float
                                         unsigned int numKeypoints, unsigned int numSamples, float blankSpeed,
                                         float drawAccel, float blankAccel);
 ZRV_API unsigned int ZRVInterpolateDataLinear(ZRVDataGenerator* generator, const float* xIn, const float* yIn,
-                                              const unsigned char* mIn, float* xOut, float* yOut,
-                                              unsigned char* mOut, unsigned int numKeypoints,
-                                              unsigned int numSamples, float blankSpeed);
+                                              const unsigned char* mIn, float* xOut, float* yOut, unsigned char* mOut,
+                                              unsigned int numKeypoints, unsigned int numSamples, float blankSpeed);
 ZRV_API unsigned int ZRVInterpolateDataTrapezoidal(ZRVDataGenerator* generator, const float* xIn, const float* yIn,
                                                    const unsigned char* mIn, float* xOut, float* yOut,
                                                    unsigned char* mOut, unsigned int numKeypoints,

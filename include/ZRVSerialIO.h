@@ -61,8 +61,7 @@ class ZRV_API ZRVSerialIO {
 
   // Fills the buffer with 0xDC, then reads up to count bytes, so that bytes that did not arrive can be
   // recognised. received, when given, gets the number that arrived (also on a time-out).
-  virtual int Read(void* buffer, unsigned int count, unsigned int* received, unsigned int timeoutMs,
-                   int timeoutMode);
+  virtual int Read(void* buffer, unsigned int count, unsigned int* received, unsigned int timeoutMs, int timeoutMode);
 
   // Reads a line into buffer (81 bytes at least), without its terminator and NUL-terminated. Ends at the
   // terminator, after 80 bytes, or with the first read that fails; timeoutMs is for each single byte.

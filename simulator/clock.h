@@ -18,8 +18,8 @@ class RealClock : public Clock {
  public:
   double Now() override { return std::chrono::duration<double>(Steady::now() - start_).count(); }
   void WaitUntil(double seconds) override {
-    std::this_thread::sleep_until(
-        start_ + std::chrono::duration_cast<Steady::duration>(std::chrono::duration<double>(seconds)));
+    std::this_thread::sleep_until(start_ +
+                                  std::chrono::duration_cast<Steady::duration>(std::chrono::duration<double>(seconds)));
   }
 
  private:

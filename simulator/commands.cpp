@@ -89,29 +89,45 @@ struct Controller::Commands {
   static Reply Identification(C& c, In&) {
     const Settings& s = c.settings_;
     return AnswerBytes()
-        .Line(kInfoLine).Line(c.DeviceName()).Line(c.options_.firmwareName)
-        .Line(c.options_.commType).Line(c.options_.bluetoothMAC)
-        .U24(s.usartBaudRate).U24(s.sampleRate).U16(s.hardwareFilterBw)
-        .U16(s.dataScale).U16(s.rotationCos)
-        .U8(c.options_.vmax).U8(s.vbias).U8(s.vdifferenceMax).U8(s.axes)
-        .U8(s.memsDriver).U8(s.digitalOutput).U8(s.laserModulation)
-        .U16(c.StateWord()).U16(c.options_.errorRegister)
-        .U24(s.bufferOffset).U16(s.boot).U8(s.dataMode);
+        .Line(kInfoLine)
+        .Line(c.DeviceName())
+        .Line(c.options_.firmwareName)
+        .Line(c.options_.commType)
+        .Line(c.options_.bluetoothMAC)
+        .U24(s.usartBaudRate)
+        .U24(s.sampleRate)
+        .U16(s.hardwareFilterBw)
+        .U16(s.dataScale)
+        .U16(s.rotationCos)
+        .U8(c.options_.vmax)
+        .U8(s.vbias)
+        .U8(s.vdifferenceMax)
+        .U8(s.axes)
+        .U8(s.memsDriver)
+        .U8(s.digitalOutput)
+        .U8(s.laserModulation)
+        .U16(c.StateWord())
+        .U16(c.options_.errorRegister)
+        .U24(s.bufferOffset)
+        .U16(s.boot)
+        .U8(s.dataMode);
   }
 
   static Reply Limits(C& c, In&) {
     const Options& o = c.options_;
     AnswerBytes answer;
     answer.Line(kInfoLine)
-        .U24(o.sampleRateMin).U24(o.sampleRateMax).U24(o.limitWord3).U24(o.capacity)
-        .U16(o.hardwareFilterBwMin).U16(o.hardwareFilterBwMax);
+        .U24(o.sampleRateMin)
+        .U24(o.sampleRateMax)
+        .U24(o.limitWord3)
+        .U24(o.capacity)
+        .U16(o.hardwareFilterBwMin)
+        .U16(o.hardwareFilterBwMax);
     for (const uint8_t limit : o.limitBytes7To10) answer.U8(limit);
     return answer.U8(o.vbiasMin).U8(o.vbiasMax);
   }
 
-  static Reply OutputOffsets(C& c, In&) {
-    return AnswerBytes().U16(c.settings_.offsetX).U16(c.settings_.offsetY);
-  }
+  static Reply OutputOffsets(C& c, In&) { return AnswerBytes().U16(c.settings_.offsetX).U16(c.settings_.offsetY); }
 
   // --- Parameters ---
 
@@ -287,8 +303,14 @@ struct Controller::Commands {
   static Reply TrackParams(C& c, In&) {
     if (!c.options_.tracking) return AnswerBytes().Line(kNoTrackLine);
     const TrackSettings& t = c.settings_.track;
-    return AnswerBytes().Line(kInfoLine).U16(t.threshold).U8(t.normalGain).U8(t.tangentialGain)
-        .U8(t.bufferDelay).U8(t.hitRatio).U8(t.state);
+    return AnswerBytes()
+        .Line(kInfoLine)
+        .U16(t.threshold)
+        .U8(t.normalGain)
+        .U8(t.tangentialGain)
+        .U8(t.bufferDelay)
+        .U8(t.hitRatio)
+        .U8(t.state);
   }
 
   static Reply SetThreshold(C& c, In& in) {
@@ -306,8 +328,8 @@ struct Controller::Commands {
 
   // The record is the single values one behind the other.
   static Reply SetTrackParams(C& c, In& in) {
-    for (const auto set : {SetThreshold, SetNormalGain, SetTangentialGain, SetBufferDelay, SetHitRatio,
-                           SetTrackState}) {
+    for (const auto set :
+         {SetThreshold, SetNormalGain, SetTangentialGain, SetBufferDelay, SetHitRatio, SetTrackState}) {
       if (!set(c, in)) return std::nullopt;
     }
     return kDone;
@@ -316,8 +338,7 @@ struct Controller::Commands {
   static Reply TrackStatus(C& c, In&) {
     if (!c.options_.tracking) return std::nullopt;
     const MirrorPosition mirror = c.mirror_.position();
-    const TrackTarget t =
-        c.trackTarget_.value_or(TrackTarget{mirror.x, mirror.y, c.output_.m, c.playback_.playing()});
+    const TrackTarget t = c.trackTarget_.value_or(TrackTarget{mirror.x, mirror.y, c.output_.m, c.playback_.playing()});
     return AnswerBytes().U16(TrackCount(t.x)).U16(TrackCount(t.y)).U8(t.value).U8(t.flag);
   }
 
@@ -390,8 +411,8 @@ const Command Controller::Commands::kTable[] = {
 
 const Command* Controller::Find(uint8_t code) {
   const auto* end = std::end(Commands::kTable);
-  const auto* found = std::find_if(std::begin(Commands::kTable), end,
-                                   [code](const Command& command) { return command.code == code; });
+  const auto* found =
+      std::find_if(std::begin(Commands::kTable), end, [code](const Command& command) { return command.code == code; });
   return found == end ? nullptr : found;
 }
 

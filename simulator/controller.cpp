@@ -22,9 +22,7 @@ constexpr double kTickTolerance = 1e-3;
 constexpr double kMaxTicks = 1e15;
 
 // Texts are lines of the identification, and its reader has room for so many bytes.
-void CutLine(std::string& text, size_t maxBytes) {
-  text.resize(std::min({text.size(), maxBytes, text.find('\n')}));
-}
+void CutLine(std::string& text, size_t maxBytes) { text.resize(std::min({text.size(), maxBytes, text.find('\n')})); }
 
 Options Bounded(Options options) {
   CutLine(options.deviceName, kMaxNameBytes);
@@ -80,8 +78,8 @@ void Controller::PowerCycle() {
 
 void Controller::ConfigureMirror() {
   const bool filtered = options_.hardwareFilter && settings_.dataMode != 7 && settings_.dataMode != 8;
-  mirror_.Configure({static_cast<double>(settings_.sampleRate),
-                     filtered ? static_cast<double>(settings_.hardwareFilterBw) : 0.0});
+  mirror_.Configure(
+      {static_cast<double>(settings_.sampleRate), filtered ? static_cast<double>(settings_.hardwareFilterBw) : 0.0});
 }
 
 std::string Controller::DeviceName() const {
@@ -140,8 +138,7 @@ void Controller::Execute(const Frame& frame) {
   LittleEndianReader payload(frame.payload);
   const Reply reply = fits ? command->run(*this, payload) : std::nullopt;
   ++(reply ? accepted_ : rejected_);
-  Tell(reply ? LinkEvent::Kind::kCommand : LinkEvent::Kind::kRefused, frame.code, size + kFrameOverhead,
-       frame.payload);
+  Tell(reply ? LinkEvent::Kind::kCommand : LinkEvent::Kind::kRefused, frame.code, size + kFrameOverhead, frame.payload);
   if (!reply) return;
   std::vector<uint8_t> answer = *reply;
   if (command->acknowledged) answer.insert(answer.begin(), kAcknowledge.begin(), kAcknowledge.end());

@@ -49,10 +49,10 @@ struct CommandInfo {
 
 // A point that the mirror drew while the controller was playing.
 struct PathPoint {
-  double time = 0;          // seconds
-  float x = 0, y = 0;       // mirror position; leaves -1..1 where it overshoots
-  uint8_t m = 0;            // digital value
-  uint32_t rgb = 0;         // 0x00RRGGBB; formats without colour: white where m is not 0
+  double time = 0;     // seconds
+  float x = 0, y = 0;  // mirror position; leaves -1..1 where it overshoots
+  uint8_t m = 0;       // digital value
+  uint32_t rgb = 0;    // 0x00RRGGBB; formats without colour: white where m is not 0
 };
 
 // What tracking reports; without one, the present output, its M and whether it is playing.
@@ -100,7 +100,7 @@ class Controller {
   uint32_t SamplesRemaining() const { return playback_.Remaining(); }
   uint32_t SampleIndex() const { return playback_.index(); }
   uint32_t Rounds() const { return playback_.rounds(); }  // asked for at the last start; 0: without end
-  const Sample& Output() const { return output_; }      // the sample being put out
+  const Sample& Output() const { return output_; }        // the sample being put out
   MirrorPosition Mirror() const { return mirror_.position(); }
   const std::vector<Sample>& Block() const { return playback_.block(); }
   // The newest points drawn, oldest first, Options::pathCapacity at most.

@@ -17,10 +17,16 @@
 namespace zrv::sim {
 
 struct Fault {
-  enum class Kind { kDrop, kCorrupt, kDuplicate, kDelay, kCut };
+  enum class Kind {
+    kDrop,
+    kCorrupt,
+    kDuplicate,
+    kDelay,
+    kCut
+  };
   Kind kind = Kind::kDrop;
-  uint8_t mask = 0;   // corrupt: the bits to flip
-  double seconds = 0; // delay: this byte and all behind it come so much later
+  uint8_t mask = 0;    // corrupt: the bits to flip
+  double seconds = 0;  // delay: this byte and all behind it come so much later
 
   static Fault Drop() { return {}; }
   static Fault Corrupt(uint8_t mask) { return {Kind::kCorrupt, mask, 0}; }

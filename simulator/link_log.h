@@ -19,15 +19,20 @@ namespace zrv::sim {
 // One command and its answer, the same one several times in a row, a block of samples, or what the controller
 // said by itself.
 struct Exchange {
-  enum class Kind { kCommand, kRefused, kBlock, kReport };
+  enum class Kind {
+    kCommand,
+    kRefused,
+    kBlock,
+    kReport
+  };
   static constexpr size_t kHeadBytes = 8;
 
   Kind kind = Kind::kCommand;
-  double time = 0;    // seconds, of the latest
+  double time = 0;  // seconds, of the latest
   uint8_t code = 0;
-  uint64_t times = 1;            // how often
+  uint64_t times = 1;  // how often
   uint64_t acknowledgements = 0;
-  uint64_t toController = 0, toHost = 0;  // bytes
+  uint64_t toController = 0, toHost = 0;   // bytes
   std::array<uint8_t, kHeadBytes> head{};  // first bytes of a command's payload
   size_t payload = 0;                      // bytes of it
 };

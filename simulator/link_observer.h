@@ -17,9 +17,9 @@ struct LinkEvent {
     kAnswer,   // bytes for the host: an acknowledgement, an answer, a piece of a stream
   };
   Kind kind = Kind::kCommand;
-  double time = 0;   // seconds, as the controller counts them
-  uint8_t code = 0;  // of the command it belongs to
-  size_t bytes = 0;  // on the line, whatever faults did to them
+  double time = 0;                   // seconds, as the controller counts them
+  uint8_t code = 0;                  // of the command it belongs to
+  size_t bytes = 0;                  // on the line, whatever faults did to them
   std::span<const uint8_t> content;  // payload, samples, or answer ahead of the faults; valid during the call
 };
 

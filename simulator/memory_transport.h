@@ -37,8 +37,7 @@ class MemoryTransport : public ZRVSerialIO {
   // time-out after 5 s at the latest, as on Linux.
   int Write(const void* buffer, unsigned int count, unsigned int* written, unsigned int timeoutMs) override;
   // Where the real port would wait for ever, because nothing more can come, this ends with a time-out.
-  int Read(void* buffer, unsigned int count, unsigned int* received, unsigned int timeoutMs,
-           int timeoutMode) override;
+  int Read(void* buffer, unsigned int count, unsigned int* received, unsigned int timeoutMs, int timeoutMode) override;
   int ReadLine(char* buffer, char terminator, unsigned int timeoutMs) override;
   int PurgeQueues() override;
 

@@ -115,8 +115,6 @@ void MirrorModel::Step(const MirrorPosition& target) {
   StepAxis(y_, target.y);
 }
 
-MirrorPosition MirrorModel::position() const {
-  return {static_cast<float>(x_[2]), static_cast<float>(y_[2])};
-}
+MirrorPosition MirrorModel::position() const { return {static_cast<float>(x_[2]), static_cast<float>(y_[2])}; }
 
 }  // namespace zrv::sim

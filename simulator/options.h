@@ -13,7 +13,13 @@ namespace zrv::sim {
 // detector units (0..2) for the photodetector. The shape of a sine and of a mirror axis is -1..1, noise
 // is uniform in -1..1 and the same again for the same seed.
 struct AnalogSignal {
-  enum class Shape { kDc, kSine, kNoise, kMirrorX, kMirrorY };
+  enum class Shape {
+    kDc,
+    kSine,
+    kNoise,
+    kMirrorX,
+    kMirrorY
+  };
   Shape shape = Shape::kDc;
   double offset = 0;
   double amplitude = 0;
@@ -29,7 +35,7 @@ struct MirrorOptions {
 
 // Tracking parameters as they travel on the wire.
 struct TrackSettings {
-  uint16_t threshold = 16383;     // of 32767
+  uint16_t threshold = 16383;  // of 32767
   uint8_t normalGain = 63;
   uint8_t tangentialGain = 0x80;  // 0x80 is 0
   uint8_t bufferDelay = 40;       // samples
@@ -39,26 +45,26 @@ struct TrackSettings {
 
 // What the host can set and the flash can keep, as it travels on the wire.
 struct Settings {
-  std::string deviceName;         // empty: the factory's name
+  std::string deviceName;  // empty: the factory's name
   uint32_t usartBaudRate = 921600;
-  uint32_t sampleRate = 10000;    // samples per second
+  uint32_t sampleRate = 10000;      // samples per second
   uint16_t hardwareFilterBw = 200;  // Hz
-  uint16_t dataScale = 32767;     // of 32767
-  uint16_t rotationCos = 32767;   // 16384 is 0, 32767 is 1
+  uint16_t dataScale = 32767;       // of 32767
+  uint16_t rotationCos = 32767;     // 16384 is 0, 32767 is 1
   uint16_t rotationSin = 16384;
-  uint8_t vbias = 80;             // volts
-  uint8_t vdifferenceMax = 80;    // volts
-  uint8_t axes = 0;               // ZRVAxes: bit 0 flips X, bit 1 flips Y, bit 2 swaps them first
+  uint8_t vbias = 80;           // volts
+  uint8_t vdifferenceMax = 80;  // volts
+  uint8_t axes = 0;             // ZRVAxes: bit 0 flips X, bit 1 flips Y, bit 2 swaps them first
   bool memsDriver = false;
   bool digitalOutput = false;
   bool laserModulation = false;
   bool laserBoost = false;
-  uint16_t offsetX = 32768;       // 32768 is 0, one unit is 1/32767
+  uint16_t offsetX = 32768;  // 32768 is 0, one unit is 1/32767
   uint16_t offsetY = 32768;
-  uint32_t bufferOffset = 0;      // samples; kept and reported, without effect on the output
-  uint16_t boot = 0;              // ZRVBoot
-  uint8_t dataMode = 0;           // ZRVDataMode
-  uint8_t syncMode = 0;           // 0..15
+  uint32_t bufferOffset = 0;  // samples; kept and reported, without effect on the output
+  uint16_t boot = 0;          // ZRVBoot
+  uint8_t dataMode = 0;       // ZRVDataMode
+  uint8_t syncMode = 0;       // 0..15
   TrackSettings track;
 };
 
@@ -67,20 +73,20 @@ struct Options {
   std::string firmwareName = "ZRVSIM 10.7";  // at most 15 bytes
   std::string commType = "USB";              // at most 15 bytes
   std::string bluetoothMAC = "00:11:22:33:44:55";
-  uint8_t vmax = 140;                        // volts
+  uint8_t vmax = 140;  // volts
   uint16_t errorRegister = 0;
-  uint32_t formatCode = 0;                   // 0..7, bits 13..15 of the state word
-  bool hardwareFilter = true;                // bit 8 of the state word
-  bool tracking = true;                      // bit 12; false answers "NOTRACK"
+  uint32_t formatCode = 0;     // 0..7, bits 13..15 of the state word
+  bool hardwareFilter = true;  // bit 8 of the state word
+  bool tracking = true;        // bit 12; false answers "NOTRACK"
 
   uint32_t sampleRateMin = 200;
   uint32_t sampleRateMax = 100000;
   uint32_t limitWord3 = 1;
-  uint32_t capacity = 25000;                 // samples in the buffer, at least 1
-  uint16_t hardwareFilterBwMin = 50;         // Hz
+  uint32_t capacity = 25000;          // samples in the buffer, at least 1
+  uint16_t hardwareFilterBwMin = 50;  // Hz
   uint16_t hardwareFilterBwMax = 10000;
   std::array<uint8_t, 4> limitBytes7To10 = {0, 100, 0, 140};
-  uint8_t vbiasMin = 10;                     // volts
+  uint8_t vbiasMin = 10;  // volts
   uint8_t vbiasMax = 100;
 
   Settings factory;                          // what it starts with when the flash has nothing to say
@@ -88,11 +94,11 @@ struct Options {
   std::array<AnalogSignal, 2> analogInputs;  // AI0 and AI1
   AnalogSignal photoDetector;
 
-  size_t pathCapacity = 100000;        // points of the drawn path that are kept, the newest ones
+  size_t pathCapacity = 100000;       // points of the drawn path that are kept, the newest ones
   double settling = 1;                // seconds in which the mirror forgets how it began: see Controller::RunTicks
-  size_t captureCapacity = 1000000;    // samples of the longest capture
-  size_t sensorBlockSamples = 1000;    // between two marks of the sensor-module stream
-  size_t streamBacklog = 256 * 1024;   // bytes of an unread input stream that are kept for the host
+  size_t captureCapacity = 1000000;   // samples of the longest capture
+  size_t sensorBlockSamples = 1000;   // between two marks of the sensor-module stream
+  size_t streamBacklog = 256 * 1024;  // bytes of an unread input stream that are kept for the host
 };
 
 }  // namespace zrv::sim

@@ -24,7 +24,7 @@ namespace zrv::sim {
 
 namespace {
 
-constexpr size_t kChunk = 4096;  // what a pseudo-terminal passes at once
+constexpr size_t kChunk = 4096;      // what a pseudo-terminal passes at once
 constexpr double kLongestWait = 60;  // seconds
 // How often to look for a client while nobody has the port open. The controller does not hold it open itself: it
 // would not see a client leave, and would go on answering nobody. What a client left unread in the terminal may still
@@ -176,7 +176,7 @@ struct PseudoTerminal::Server {
   bool blocked = false;          // the terminal takes no more for now
   bool said = false;             // the last Send() sent something
   bool deaf = false;
-  bool present = true;           // somebody has the port open
+  bool present = true;  // somebody has the port open
   bool inputBusy = false;
   double inputTime = Controller::kNever;
   double nextEvent = Controller::kNever;

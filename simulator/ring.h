@@ -28,9 +28,7 @@ class Ring {
   // All that ever came, also what is forgotten by now.
   uint64_t pushed() const { return pushed_; }
   // 0 is the newest; age < size().
-  const T& FromNewest(size_t age) const {
-    return entries_[(oldest_ + entries_.size() - 1 - age) % entries_.size()];
-  }
+  const T& FromNewest(size_t age) const { return entries_[(oldest_ + entries_.size() - 1 - age) % entries_.size()]; }
   T& Newest() { return entries_[(oldest_ + entries_.size() - 1) % entries_.size()]; }  // when there is one
 
   // Oldest first.

@@ -72,8 +72,7 @@ Sample DecodeUnknown(const uint8_t*) { return {}; }
 }  // namespace
 
 std::vector<Sample> DecodeBlock(uint32_t formatCode, std::span<const uint8_t> bytes) {
-  constexpr Sample (*kDecoders[])(const uint8_t*) = {DecodeXY16M, DecodeXY12M1, DecodeRgb565, DecodeRgb888,
-                                                     DecodeMRgb};
+  constexpr Sample (*kDecoders[])(const uint8_t*) = {DecodeXY16M, DecodeXY12M1, DecodeRgb565, DecodeRgb888, DecodeMRgb};
   const auto decode = formatCode < std::size(kDecoders) ? kDecoders[formatCode] : DecodeUnknown;
   const size_t width = BytesPerSample(formatCode);
   std::vector<Sample> block(bytes.size() / width);

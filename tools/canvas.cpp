@@ -48,9 +48,7 @@ void CheckPictureFile(const std::string& fileName) {
 
 struct Canvas::Surface {
   Surface(const std::string& name, double width, double height)
-      : fileName(name),
-        surface(MakeSurface(name, width, height)),
-        context(cairo_create(surface.get())) {
+      : fileName(name), surface(MakeSurface(name, width, height)), context(cairo_create(surface.get())) {
     Check(cairo_surface_status(surface.get()));
     cairo_set_line_join(context.get(), CAIRO_LINE_JOIN_ROUND);
     cairo_set_line_cap(context.get(), CAIRO_LINE_CAP_ROUND);

@@ -21,7 +21,10 @@ struct Box {
   }
 };
 
-enum class Theme { Dark, Light };
+enum class Theme {
+  Dark,
+  Light
+};
 
 // The colours of a theme: dark shows laser light as light, white is for print.
 struct Palette {
@@ -29,7 +32,11 @@ struct Palette {
 };
 const Palette& PaletteOf(Theme theme);
 
-enum class Align { Left, Centre, Right };
+enum class Align {
+  Left,
+  Centre,
+  Right
+};
 
 // Whether this build can draw at all.
 bool HasPictures();

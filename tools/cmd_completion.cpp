@@ -103,7 +103,9 @@ void AddCompletionCommand(CLI::App& app) {
                                  {"zrv completion bash >~/.local/share/bash-completion/completions/zrv",
                                   "source <(zrv completion zsh)", "zrv completion fish | source"},
                                  "An installed zrv brings the scripts along; shells find them by themselves.");
-  command->add_option("shell", *shell, "which one")->required()->type_name(kShellNames)
+  command->add_option("shell", *shell, "which one")
+      ->required()
+      ->type_name(kShellNames)
       ->check(Valid({.name = "", .type = OptionType::Choice, .initial = "", .help = "", .choices = kShellNames}));
   command->callback([shell] { PrintScript(*shell); });
 }

@@ -101,7 +101,8 @@ void AddDemoCommand(CLI::App& app) {
   auto options = std::make_shared<DemoOptions>();
   CLI::App* command = AddCommand(app, "demo", "Show everything once on a simulated controller", {"zrv demo"},
                                  "Leaves zrv-demo-sent.png and zrv-demo-drawn.png.");
-  command->add_option("--output-dir", options->directory, "folder for the pictures")->capture_default_str()
+  command->add_option("--output-dir", options->directory, "folder for the pictures")
+      ->capture_default_str()
       ->type_name("DIR");
   command->add_flag("--memory", options->memory, "talk to the simulated controller through memory, not a port");
   command->callback([options] { Demo(*options); });

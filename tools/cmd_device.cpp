@@ -45,9 +45,10 @@ void List(bool json) {
   }
   if (json) PrintListAsJson(found);
   if (found.NumDevices == 0)
-    throw ToolError("no controller answered on any serial port (ErrorNoDeviceFound).\n"
-                    "Check power and cable, and that no other program has the port;\n"
-                    "without hardware, run zrv simulate in another terminal.");
+    throw ToolError(
+        "no controller answered on any serial port (ErrorNoDeviceFound).\n"
+        "Check power and cable, and that no other program has the port;\n"
+        "without hardware, run zrv simulate in another terminal.");
   if (!json) PrintList(found);
 }
 
@@ -66,7 +67,8 @@ struct InfoCommand {
 };
 
 void Info(const InfoCommand& command) {
-  if (std::filesystem::is_directory(command.name)) throw ToolError(command.name + " is a folder; give a port or a file");
+  if (std::filesystem::is_directory(command.name))
+    throw ToolError(command.name + " is a folder; give a port or a file");
   const bool isFile = std::filesystem::is_regular_file(command.name);
   (isFile ? InfoOfFile(command.name) : InfoOfPort(command.name)).Print(command.json);
 }
@@ -108,13 +110,15 @@ void AddDeviceCommands(CLI::App& app) {
   auto subject = std::make_shared<InfoCommand>();
   CLI::App* info = AddCommand(app, "info", "Show what a controller, drawing, font, image or point file holds",
                               {"zrv info ttyUSB0", "zrv info drawing.ild"});
-  info->add_option("port-or-file", subject->name, "port of a controller, auto, or name of a file")->required()
+  info->add_option("port-or-file", subject->name, "port of a controller, auto, or name of a file")
+      ->required()
       ->type_name("PORT|FILE");
   AddJson(*info, subject->json);
   info->callback([subject] { Info(*subject); });
 
   auto port = std::make_shared<std::string>();
-  CLI::App* stop = AddCommand(app, "stop", "Stop playing, centre the mirror, switch the laser off", {"zrv stop ttyUSB0"});
+  CLI::App* stop =
+      AddCommand(app, "stop", "Stop playing, centre the mirror, switch the laser off", {"zrv stop ttyUSB0"});
   AddPort(*stop, *port);
   stop->callback([port] { Stop(*port); });
 

@@ -57,7 +57,8 @@ Spectrum SpectrumAt(const std::vector<float>& h, double cyclesPerSample) {
 std::vector<double> Frequencies(double rate) {
   constexpr int kCount = 400;
   std::vector<double> hertz;
-  for (int i = 0; i < kCount; ++i) hertz.push_back(rate * 0.499 * std::pow(10.0, -3.0 * (kCount - 1 - i) / (kCount - 1)));
+  for (int i = 0; i < kCount; ++i)
+    hertz.push_back(rate * 0.499 * std::pow(10.0, -3.0 * (kCount - 1 - i) / (kCount - 1)));
   return hertz;
 }
 
@@ -123,12 +124,11 @@ void Filter(const FilterCommand& command) {
 
 void AddFilterCommand(CLI::App& app) {
   auto options = std::make_shared<FilterCommand>();
-  CLI::App* command = AddCommand(
-      app, "filter", "Low-pass filter a point file, or show what a filter does",
-      {"zrv filter square.txt smooth.txt --filter bessel:5:1000",
-       "zrv filter --filter butterworth:4:500 --response filter.png"},
-      "A filter is family:order:cutoff in Hz. Families:\n" + FilterFamilies(", ") +
-          ".\nOr file:NAME for a file of coefficients.");
+  CLI::App* command = AddCommand(app, "filter", "Low-pass filter a point file, or show what a filter does",
+                                 {"zrv filter square.txt smooth.txt --filter bessel:5:1000",
+                                  "zrv filter --filter butterworth:4:500 --response filter.png"},
+                                 "A filter is family:order:cutoff in Hz. Families:\n" + FilterFamilies(", ") +
+                                     ".\nOr file:NAME for a file of coefficients.");
   AddExistingFile(*command, "input", options->input, "point file");
   AddFile(*command, "output", options->output, "point file to write");
   command->add_option("--filter", options->filter, "family:order:cutoff")->required()->type_name("FILTER");

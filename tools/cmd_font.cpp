@@ -27,7 +27,8 @@ void Build(const FontCommand& command) {
 
 void List() {
   int number = 0;
-  for (const zrv::FontSource& font : zrv::DefaultFonts()) std::printf("%2d  %-12s %s\n", number++, font.name, font.title);
+  for (const zrv::FontSource& font : zrv::DefaultFonts())
+    std::printf("%2d  %-12s %s\n", number++, font.name, font.title);
 }
 
 }  // namespace
@@ -40,7 +41,8 @@ void AddFontCommand(CLI::App& app) {
   auto options = std::make_shared<FontCommand>();
   CLI::App* build = AddCommand(*font, "build", "Build a font file from the public Hershey text files (.jhf)",
                                {"zrv font build /usr/share/hershey-fonts -o my.font"});
-  build->add_option("directory", options->directory, "folder of the .jhf files")->capture_default_str()
+  build->add_option("directory", options->directory, "folder of the .jhf files")
+      ->capture_default_str()
       ->type_name("DIR");
   AddFile(*build, "-o,--output", options->output, "font file to write");
   build->callback([options] { Build(*options); });

@@ -28,35 +28,32 @@ Tile TileOf(const std::string& label, const std::string& kind, const Changes& ch
 
 SheetSection Waveforms() {
   return {"Waveforms over time",
-          {TileOf("sine", "sine", {}),
-           TileOf("sine, phase 90", "sine", {{"phase", "90"}}),
-           TileOf("sawtooth, rise 1", "sawtooth", {{"rise", "1"}}),
-           TileOf("sawtooth, rise 0.5", "sawtooth", {}),
-           TileOf("square, duty 0.25", "square", {{"duty", "0.25"}}),
-           TileOf("noise", "noise", {{"samples", "400"}}),
+          {TileOf("sine", "sine", {}), TileOf("sine, phase 90", "sine", {{"phase", "90"}}),
+           TileOf("sawtooth, rise 1", "sawtooth", {{"rise", "1"}}), TileOf("sawtooth, rise 0.5", "sawtooth", {}),
+           TileOf("square, duty 0.25", "square", {{"duty", "0.25"}}), TileOf("noise", "noise", {{"samples", "400"}}),
            TileOf("RQ, sine", "rq", {{"multiple", "12"}}),
            TileOf("RQ, triangle", "rq", {{"multiple", "12"}, {"triangle", "1"}})}};
 }
 
 SheetSection Curves() {
   return {"Curves",
-          {TileOf("spiral", "spiral", {}),
-           TileOf("polygon, 5 sides", "polygon", {}),
-           TileOf("rose 5:2", "rose", {}),
+          {TileOf("spiral", "spiral", {}), TileOf("polygon, 5 sides", "polygon", {}), TileOf("rose 5:2", "rose", {}),
            TileOf("rose 3:1, triangle wave", "rose", {{"ring-a", "3"}, {"ring-b", "1"}, {"wave", "triangle"}}),
-           TileOf("epicycloid 5:1", "epicycloid", {}),
-           TileOf("epitrochoid 5:1, pen 3", "epitrochoid", {}),
-           TileOf("hypocycloid 5:1", "hypocycloid", {}),
-           TileOf("hypotrochoid 10:3, pen 5", "hypotrochoid", {}),
+           TileOf("epicycloid 5:1", "epicycloid", {}), TileOf("epitrochoid 5:1, pen 3", "epitrochoid", {}),
+           TileOf("hypocycloid 5:1", "hypocycloid", {}), TileOf("hypotrochoid 10:3, pen 5", "hypotrochoid", {}),
            TileOf("Lissajous 3:4", "lissajous", {}),
            TileOf("Lissajous, triangle wave", "lissajous", {{"wave", "triangle"}}),
            TileOf("amplitude modulation", "lissajous",
-                  {{"freq-x", "20"}, {"freq-y", "20"}, {"phase", "90"}, {"modulation", "amplitude"}, {"mod-depth", "1"},
-                   {"mod-freq", "3"}, {"amplitude", "0.6"}}),
+                  {{"freq-x", "20"},
+                   {"freq-y", "20"},
+                   {"phase", "90"},
+                   {"modulation", "amplitude"},
+                   {"mod-depth", "1"},
+                   {"mod-freq", "3"},
+                   {"amplitude", "0.6"}}),
            TileOf("phase modulation", "lissajous",
                   {{"freq-x", "1"}, {"freq-y", "2"}, {"phase", "90"}, {"modulation", "phase"}, {"mod-freq", "5"}}),
-           TileOf("clock, 10:08:30", "clock", {{"time", "10:08:30"}}),
-           TileOf("dynamics", "dynamics", {})}};
+           TileOf("clock, 10:08:30", "clock", {{"time", "10:08:30"}}), TileOf("dynamics", "dynamics", {})}};
 }
 
 // One path under each speed profile and way of closing, with its samples as dots.
@@ -70,10 +67,9 @@ SheetSection Profiles(const std::string& path) {
           {with("linear", {{"profile", "linear"}, {"blank-speed", "1"}}),
            with("linear, blank 4 times faster", {{"profile", "linear"}, {"blank-speed", "4"}}),
            with("trapezoidal", {{"profile", "trapezoidal"}, {"draw-accel", "0.2"}}),
-           with("trapezoidal, all accelerating", {{"profile", "trapezoidal"}, {"draw-accel", "0.5"}, {"blank-accel", "0.5"}}),
-           with("optimized", {}),
-           with("not closed", {{"close", "none"}}),
-           with("retraced", {{"close", "retrace"}})}};
+           with("trapezoidal, all accelerating",
+                {{"profile", "trapezoidal"}, {"draw-accel", "0.5"}, {"blank-accel", "0.5"}}),
+           with("optimized", {}), with("not closed", {{"close", "none"}}), with("retraced", {{"close", "retrace"}})}};
 }
 
 SheetSection Transforms() {
@@ -110,8 +106,7 @@ SheetSection Filters() {
            square("Butterworth 4", {{"filter", "butterworth:4:500"}}),
            square("Chebyshev I 4", {{"filter", "chebyshev1:4:500"}}),
            square("Chebyshev II 4", {{"filter", "chebyshev2:4:500"}}),
-           square("Elliptic 4", {{"filter", "elliptic:4:500"}}),
-           square("Legendre 4", {{"filter", "legendre:4:500"}}),
+           square("Elliptic 4", {{"filter", "elliptic:4:500"}}), square("Legendre 4", {{"filter", "legendre:4:500"}}),
            square("Bessel 5, zero phase", {{"filter", "bessel:5:500"}, {"zero-phase", "1"}})}};
 }
 
@@ -135,8 +130,8 @@ SheetSection Fonts() {
   ZRVDataGenerator g;
   g.LoadHersheyFile(DefaultFontFile().c_str());
   for (unsigned int font = 0; font < g.HersheyNumFonts(); ++font)
-    section.tiles.push_back(TileOf(FontTitle(font), "text",
-                                   {{"text", "Ag 5&z"}, {"font", std::to_string(font)}, {"samples", "3000"}}));
+    section.tiles.push_back(
+        TileOf(FontTitle(font), "text", {{"text", "Ag 5&z"}, {"font", std::to_string(font)}, {"samples", "3000"}}));
   section.tiles.push_back(TileOf("digital clock", "digital-clock", {{"time", "10:08:30"}, {"samples", "3000"}}));
   return section;
 }
@@ -162,15 +157,16 @@ class Scratch {
 // A drawn zigzag, a dark move and a drawn line: corners of every sort.
 std::string CornerPath(const Scratch& scratch) {
   const std::string name = scratch.File("corners.txt");
-  std::ofstream(name) << "-0.8 -0.6 255\n-0.4 0.7 255\n0 -0.6 255\n0.4 0.7 0\n0.8 0.7 255\n0.8 -0.6 255\n0.3 -0.6 255\n";
+  std::ofstream(name)
+      << "-0.8 -0.6 255\n-0.4 0.7 255\n0 -0.6 255\n0.4 0.7 0\n0.8 0.7 255\n0.8 -0.6 255\n0.3 -0.6 255\n";
   return name;
 }
 
 void Gallery(const std::string& output) {
   CheckPictureFile(output);
   const Scratch scratch;
-  std::vector<SheetSection> sections = {Waveforms(), Curves(),  Profiles(CornerPath(scratch)), Transforms(),
-                                        Animations(), Filters(), Rasters()};
+  std::vector<SheetSection> sections = {
+      Waveforms(), Curves(), Profiles(CornerPath(scratch)), Transforms(), Animations(), Filters(), Rasters()};
   sections.push_back(Fonts());
   sections.push_back(DrawingsAndBurns(scratch.File("drawing.ild")));
   sections.push_back(Composites(scratch.File("drawing.ild")));

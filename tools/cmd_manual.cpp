@@ -87,8 +87,9 @@ void Command(const CLI::App& command) {
 
 void Patterns(const CLI::App& generate) {
   Section("PATTERNS");
-  Line("The kinds of patterns, the same for zrv generate and zrv play, and the options of each. Options that every kind "
-       "takes follow.");
+  Line(
+      "The kinds of patterns, the same for zrv generate and zrv play, and the options of each. Options that every kind "
+      "takes follow.");
   std::string group;
   for (const CLI::App* kind : CommandsOf(generate)) {
     if (kind->get_group() != group) std::printf(".SS %s\n", Escaped(group = kind->get_group()).c_str());
@@ -127,8 +128,9 @@ void Entries(const char* section, const Entry (&entries)[N]) {
 
 constexpr Entry kExitStatuses[] = {
     {"0", "The command did its work."},
-    {"1", "It failed: no controller answered, a file could not be read or written, a value was refused by the controller. "
-          "Standard error says what was tried, what went wrong and what to do."},
+    {"1",
+     "It failed: no controller answered, a file could not be read or written, a value was refused by the controller. "
+     "Standard error says what was tried, what went wrong and what to do."},
     {"2", "It was called wrongly: a missing argument, an unknown option, a value out of its range. Nothing was done."},
 };
 constexpr Entry kFiles[] = {
@@ -146,9 +148,10 @@ void Page(const CLI::App& app) {
   Line(UsageOf(app));
   Section("DESCRIPTION");
   Line(app.get_description());
-  Paragraph("PORT is a name that zrv list shows (ttyUSB0), a path (/dev/ttyUSB0), or auto for the first controller found. "
-            "Connecting centres the mirror and switches the laser modulation off, so every command on a port, but for list, "
-            "ends what was left playing there. A port serves one program at a time.");
+  Paragraph(
+      "PORT is a name that zrv list shows (ttyUSB0), a path (/dev/ttyUSB0), or auto for the first controller found. "
+      "Connecting centres the mirror and switches the laser modulation off, so every command on a port, but for list, "
+      "ends what was left playing there. A port serves one program at a time.");
   Paragraph("Progress shows on a terminal only; in a pipe there are just the results.");
   Section("OPTIONS");
   Line("These may stand anywhere on the line.");

@@ -59,8 +59,8 @@ void Load(const FileCommand& command) {
 
 void AddParameterFileCommands(CLI::App& app) {
   auto options = std::make_shared<FileCommand>();
-  CLI::App* save = AddCommand(app, "save", "Save the parameters of a controller in a file",
-                              {"zrv save ttyUSB0 mirror.ini"});
+  CLI::App* save =
+      AddCommand(app, "save", "Save the parameters of a controller in a file", {"zrv save ttyUSB0 mirror.ini"});
   AddPort(*save, options->port);
   AddFile(*save, "file", options->file, "file to write")->required();
   save->callback([options] { Save(*options); });

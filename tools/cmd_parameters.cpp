@@ -58,10 +58,8 @@ void Set(const ParameterCommand& command) {
   ZRVDevice device;
   ConnectAndRead(device, command.port);
   LaserGuard guard(device);
-  if (row.param == ParamOutputOffsets)
-    SetOffset(device, row, value);
-  else
-    device.SetDeviceParam(row.param, value);
+  if (row.param == ParamOutputOffsets) SetOffset(device, row, value);
+  else device.SetDeviceParam(row.param, value);
   Check(device, std::string("set ") + row.name + " to " + command.value);
   guard.Release();
   std::printf("%s is now %s\n", row.name, Shown(row, Value(device, row)).c_str());
@@ -84,7 +82,8 @@ void AddParameterCommands(CLI::App& app) {
                              {"zrv set ttyUSB0 SampleRate 40000", "zrv set ttyUSB0 DeviceAxes AxesFlipX"}, more);
   AddPort(*set, options->port);
   set->add_option("parameter", options->parameter, "its name")->required()->type_name("PARAMETER");
-  set->add_option("value", options->value, "a number, on, off, or the name of a value such as AxesFlipX")->required()
+  set->add_option("value", options->value, "a number, on, off, or the name of a value such as AxesFlipX")
+      ->required()
       ->type_name("VALUE");
   set->callback([options] { Set(*options); });
 }

@@ -50,10 +50,10 @@ void Play(const PatternChoice& choice, PlayCommand& command) {
 
 void AddPlayCommand(CLI::App& app) {
   auto play = std::make_shared<PlayCommand>();
-  CLI::App* command =
-      AddCommand(app, "play", "Play a pattern on a controller, until Ctrl-C", {"zrv play ttyUSB0 rose --repeat 10"},
-                 "Plays without end unless --repeat or --seconds is given; Ctrl-C stops the mirror, switches the laser\n"
-                 "off and disconnects. PORT is a name that zrv list shows, a path, or auto for the first one found.");
+  CLI::App* command = AddCommand(
+      app, "play", "Play a pattern on a controller, until Ctrl-C", {"zrv play ttyUSB0 rose --repeat 10"},
+      "Plays without end unless --repeat or --seconds is given; Ctrl-C stops the mirror, switches the laser\n"
+      "off and disconnects. PORT is a name that zrv list shows, a path, or auto for the first one found.");
   AddPort(*command, play->port);
   AddNumber(*command, "--repeat", play->options.repeat, "play so many times, then stop", 1, 32);
   AddNumber(*command, "--seconds", play->options.seconds, "stop after so many seconds", 0.001, 1e9);

@@ -39,8 +39,10 @@ sim::AnalogSignal::Shape ShapeIn(const std::string& word) {
                                                   {"mirror-y", Shape::kMirrorY}};
   for (const auto& [name, shape] : shapes)
     if (word == name) return shape;
-  throw WrongUse("a signal is dc, sine, noise, mirror-x or mirror-y, then offset, amplitude and frequency, "
-                  "for instance sine:0:2:50; not " + word);
+  throw WrongUse(
+      "a signal is dc, sine, noise, mirror-x or mirror-y, then offset, amplitude and frequency, "
+      "for instance sine:0:2:50; not " +
+      word);
 }
 
 // "sine:0:2:50": shape, offset, amplitude, frequency in Hz; what is left out is 0.
@@ -111,7 +113,8 @@ void Simulate(SimulateCommand& command) {
 std::string DeviceNameComplaint(const std::string& name) {
   constexpr std::size_t kLongest = 31;
   if (name.size() > kLongest) return "the name is longer than 31 bytes";
-  const bool printable = std::none_of(name.begin(), name.end(), [](char c) { return (c >= 0 && c < ' ') || c == 0x7F; });
+  const bool printable =
+      std::none_of(name.begin(), name.end(), [](char c) { return (c >= 0 && c < ' ') || c == 0x7F; });
   return printable ? "" : "the name has a line break or another control character in it";
 }
 
@@ -122,7 +125,9 @@ std::string PortNameComplaint(const std::string& name) {
 
 void AddControllerOptions(CLI::App* command, SimulateCommand& c) {
   command->add_option("--name", c.options.deviceName, "name of the controller, 31 bytes at most")
-      ->capture_default_str()->type_name("NAME")->check(DeviceNameComplaint);
+      ->capture_default_str()
+      ->type_name("NAME")
+      ->check(DeviceNameComplaint);
   AddNumber(*command, "--format", c.options.formatCode, "output format: 0 16 bit, 1 12/11 bit, 2 to 4 with colours", 0,
             7);
   AddNumber(*command, "--capacity", c.options.capacity, "samples it holds", 1, 10000000);
@@ -144,25 +149,30 @@ void AddWorldOptions(CLI::App* command, SimulateCommand& c) {
 void AddSimulateCommand(CLI::App& app, const std::string& portDirectory) {
   auto simulate = std::make_shared<SimulateCommand>();
   simulate->portDirectory = &portDirectory;
-  CLI::App* command = AddCommand(app, "simulate", "Run a simulated controller until Ctrl-C",
-                                 {"zrv simulate --port-dir /tmp/zrv-ports"},
-                                 "It answers on a pseudo-terminal; with --port-dir the port also gets a name there\n"
-                                 "(ttyUSB0), so that zrv --port-dir DIR list finds it. A SIGNAL is shape:offset:\n"
-                                 "amplitude:frequency, what is left out being 0. Shapes: dc, sine, noise, mirror-x,\n"
-                                 "mirror-y (they follow the mirror). Volts and hertz, for instance sine:0:2:50.\n\n"
-                                 "With --view a browser on this machine, and no other, shows what the mirror draws as it\n"
-                                 "draws it, the settings and the traffic on the link.");
+  CLI::App* command =
+      AddCommand(app, "simulate", "Run a simulated controller until Ctrl-C", {"zrv simulate --port-dir /tmp/zrv-ports"},
+                 "It answers on a pseudo-terminal; with --port-dir the port also gets a name there\n"
+                 "(ttyUSB0), so that zrv --port-dir DIR list finds it. A SIGNAL is shape:offset:\n"
+                 "amplitude:frequency, what is left out being 0. Shapes: dc, sine, noise, mirror-x,\n"
+                 "mirror-y (they follow the mirror). Volts and hertz, for instance sine:0:2:50.\n\n"
+                 "With --view a browser on this machine, and no other, shows what the mirror draws as it\n"
+                 "draws it, the settings and the traffic on the link.");
   AddControllerOptions(command, *simulate);
   AddWorldOptions(command, *simulate);
   command->add_option("--port-name", simulate->port.portName, "name in the port directory; else the first free ttyUSB")
-      ->type_name("NAME")->check(PortNameComplaint);
+      ->type_name("NAME")
+      ->check(PortNameComplaint);
   AddNumber(*command, "--baud", simulate->port.baudRate, "as slow as a serial line of so many baud; 0: no limit", 0,
             100000000);
   AddFile(*command, "--picture", simulate->picture, "at the end, a picture of what the mirror drew last");
-  simulate->view = command->add_option("--view", simulate->viewPort,
-                                       "show what it does on a page for the browser, at http://127.0.0.1:PORT/;\n"
-                                       "without a number, or with 0, at a port that is free")
-                       ->type_name("[PORT]")->expected(0, 1)->default_str("0")->check(CLI::Range(0, 65535));
+  simulate->view = command
+                       ->add_option("--view", simulate->viewPort,
+                                    "show what it does on a page for the browser, at http://127.0.0.1:PORT/;\n"
+                                    "without a number, or with 0, at a port that is free")
+                       ->type_name("[PORT]")
+                       ->expected(0, 1)
+                       ->default_str("0")
+                       ->check(CLI::Range(0, 65535));
   command->callback([simulate] { Simulate(*simulate); });
 }
 

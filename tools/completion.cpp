@@ -93,7 +93,8 @@ class Walk {
     std::set<std::string> names;
     for (const CLI::App* c = command_; c; c = c->get_parent())
       for (const CLI::Option* option : c->get_options([](const CLI::Option* o) { return o->nonpositional(); }))
-        if (!option->get_lnames().empty() && names.insert(option->get_lnames().front()).second && !given_.contains(option))
+        if (!option->get_lnames().empty() && names.insert(option->get_lnames().front()).second &&
+            !given_.contains(option))
           result.candidates.push_back({"--" + option->get_lnames().front(), option->get_description()});
   }
 

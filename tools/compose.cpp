@@ -44,10 +44,8 @@ void Close(ZRVDataGenerator& g, const Values& v, Draft& draft) {
   const unsigned int steps = draft.keypoints ? 1 : v.Count("close-samples");
   p.resize(2 * p.size() + steps);
   unsigned int closed = 0;
-  if (p.rgb.empty())
-    closed = g.CloseCurve(p.x.data(), p.y.data(), p.m.data(), count, steps, how == "retrace");
-  else
-    closed = g.CloseCurve(p.x.data(), p.y.data(), p.m.data(), p.rgb.data(), count, steps, how == "retrace");
+  if (p.rgb.empty()) closed = g.CloseCurve(p.x.data(), p.y.data(), p.m.data(), count, steps, how == "retrace");
+  else closed = g.CloseCurve(p.x.data(), p.y.data(), p.m.data(), p.rgb.data(), count, steps, how == "retrace");
   p.resize(closed);
 }
 
@@ -64,8 +62,8 @@ Pattern InterpolatePlain(ZRVDataGenerator& g, const Values& v, Pattern& in, std:
                          unsigned int samples) {
   const bool linear = v.Text("profile") == "linear";
   Pattern out = Room(std::max<std::size_t>(samples, in.size()) + in.size() + 16);
-  out.resize(g.InterpolateData(in.x.data(), in.y.data(), m.data(), out.x.data(), out.y.data(), out.m.data(),
-                               SizeOf(in), samples, v.Float("blank-speed"), linear ? 0 : v.Float("draw-accel"),
+  out.resize(g.InterpolateData(in.x.data(), in.y.data(), m.data(), out.x.data(), out.y.data(), out.m.data(), SizeOf(in),
+                               samples, v.Float("blank-speed"), linear ? 0 : v.Float("draw-accel"),
                                linear ? 0 : v.Float("blank-accel")));
   // The linear profile's closing sample carries its digital byte in place of y; the place is the path's end.
   if (out.size() > in.size() && out.x.back() == in.x.back()) out.y.back() = in.y.back();
@@ -105,10 +103,8 @@ void Animate(ZRVDataGenerator& g, const Values& v, Pattern& p) {
   const unsigned int count = SizeOf(p);
   if (p.size() * frames > kMostSamples) throw ToolError("the animation is too long: use fewer --animation-frames");
   p.resize(p.size() * frames);
-  if (p.rgb.empty())
-    g.GenerateAnimations(p.x.data(), p.y.data(), p.m.data(), animation, count, frames);
-  else
-    g.GenerateAnimations(p.x.data(), p.y.data(), p.m.data(), p.rgb.data(), animation, count, frames);
+  if (p.rgb.empty()) g.GenerateAnimations(p.x.data(), p.y.data(), p.m.data(), animation, count, frames);
+  else g.GenerateAnimations(p.x.data(), p.y.data(), p.m.data(), p.rgb.data(), animation, count, frames);
 }
 
 }  // namespace
@@ -126,8 +122,7 @@ Pattern MakePattern(const Kind& kind, const Values& values) {
   if (values.Count("rate") != 0) pattern.rate = values.Count("rate");
   if (pattern.rate == 0) pattern.rate = kDefaultRate;
   if (!values.Text("filter").empty())
-    ApplyFilter(generator, FilterChoiceIn(values.Text("filter")), values.Flag("zero-phase"), draft.overTime,
-                pattern);
+    ApplyFilter(generator, FilterChoiceIn(values.Text("filter")), values.Flag("zero-phase"), draft.overTime, pattern);
   return std::move(pattern);
 }
 

@@ -34,8 +34,8 @@ std::string Csv(const Pattern& p) {
   std::string text = p.rgb.empty() ? "time_s,x,y,m\n" : "time_s,x,y,m,rgb\n";
   char line[120];
   for (std::size_t i = 0; i < p.size(); ++i) {
-    std::snprintf(line, sizeof line, "%.9g,%.7g,%.7g,%u", static_cast<double>(i) / p.rate,
-                  static_cast<double>(p.x[i]), static_cast<double>(p.y[i]), unsigned{p.m[i]});
+    std::snprintf(line, sizeof line, "%.9g,%.7g,%.7g,%u", static_cast<double>(i) / p.rate, static_cast<double>(p.x[i]),
+                  static_cast<double>(p.y[i]), unsigned{p.m[i]});
     text += line;
     if (!p.rgb.empty()) {
       std::snprintf(line, sizeof line, ",%06X", p.rgb[i]);
@@ -73,8 +73,9 @@ void UseDefinitionsFile() {
       FirstThatExists({"ZRVDefinitions.h", BesideProgram("include/ZRVDefinitions.h"),
                        ZRV_INSTALLED_INCLUDE_DIR "/ZRVDefinitions.h", ZRV_SOURCE_INCLUDE_DIR "/ZRVDefinitions.h"});
   if (file.empty())
-    throw ToolError("cannot find ZRVDefinitions.h, which names the values in parameter files.\n"
-                    "Copy it from the library's include folder into this one.");
+    throw ToolError(
+        "cannot find ZRVDefinitions.h, which names the values in parameter files.\n"
+        "Copy it from the library's include folder into this one.");
   ZRVDevice::SetDefinitionsFile(file.c_str());
 }
 

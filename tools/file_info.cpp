@@ -92,22 +92,20 @@ Report Points(const std::string& name, bool withTimes) {
   const unsigned int rate = withTimes ? g.GetPointTimeFileSps() : g.GetPointFileSps();
   Pattern p = Room(count);
   std::vector<float> times(count);
-  if (withTimes)
-    g.PointTimeFileDataStream(p.x.data(), p.y.data(), p.m.data(), times.data());
-  else
-    g.PointFileDataStream(p.x.data(), p.y.data(), p.m.data());
+  if (withTimes) g.PointTimeFileDataStream(p.x.data(), p.y.data(), p.m.data(), times.data());
+  else g.PointFileDataStream(p.x.data(), p.y.data(), p.m.data());
   float x0 = 0, x1 = 0, y0 = 0, y1 = 0;
   g.BoundingBox(p.x.data(), p.y.data(), count, x0, x1, y0, y1);
   const auto lit = std::count_if(p.m.begin(), p.m.end(), [](unsigned char m) { return m != 0; });
   Report r = Titled(name, withTimes ? "point-time file" : "point file");
   r.Add("Points", Numbered(count, ", ") + std::to_string(lit) + " lit", {{"points", count}, {"lit", lit}});
-  if (rate == 0)
-    r.Add("Rate", "not given", {{"rate_hz", nullptr}, {"duration_s", nullptr}});
+  if (rate == 0) r.Add("Rate", "not given", {{"rate_hz", nullptr}, {"duration_s", nullptr}});
   else
     r.Add("Rate", Numbered(rate, " samples/s, ") + WithUnit(static_cast<double>(count) / rate, "s"),
           {{"rate_hz", rate}, {"duration_s", static_cast<double>(count) / rate}});
-  r.Add("Extent", "x " + WithUnit(Exact(x0), "") + " .. " + WithUnit(Exact(x1), "") + ", y " + WithUnit(Exact(y0), "") +
-                      " .. " + WithUnit(Exact(y1), ""),
+  r.Add("Extent",
+        "x " + WithUnit(Exact(x0), "") + " .. " + WithUnit(Exact(x1), "") + ", y " + WithUnit(Exact(y0), "") + " .. " +
+            WithUnit(Exact(y1), ""),
         {{"x_min", Exact(x0)}, {"x_max", Exact(x1)}, {"y_min", Exact(y0)}, {"y_max", Exact(y1)}});
   return r;
 }

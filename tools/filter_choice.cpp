@@ -20,7 +20,7 @@ struct Family {
 };
 
 constexpr Family kFamilies[] = {
-    {"bessel", "Bessel", 1},          {"butterworth", "Butterworth", 2}, {"chebyshev1", "Chebyshev I", 3},
+    {"bessel", "Bessel", 1},           {"butterworth", "Butterworth", 2}, {"chebyshev1", "Chebyshev I", 3},
     {"chebyshev2", "Chebyshev II", 4}, {"elliptic", "Elliptic", 5},       {"legendre", "Legendre", 6},
 };
 constexpr unsigned int kGeneric = 7;
@@ -40,11 +40,13 @@ std::string FaultIn(const std::string& file) {
   zrv::LittleEndianReader in(*bytes);
   in.U32();  // the sample rate, or 0
   const unsigned int order = in.U32();
-  if (!in.ok() || order < 1 || order > kHighestOrder) return "it is no file of coefficients, whose order goes from 1 to 31";
+  if (!in.ok() || order < 1 || order > kHighestOrder)
+    return "it is no file of coefficients, whose order goes from 1 to 31";
   for (unsigned int i = 0; i < 2 * (order + 1); ++i) {
     const double coefficient = in.F64();
-    if (!in.ok()) return "it is cut short: an order of " + std::to_string(order) + " takes " +
-                         std::to_string(8 + 16 * (order + 1)) + " bytes";
+    if (!in.ok())
+      return "it is cut short: an order of " + std::to_string(order) + " takes " +
+             std::to_string(8 + 16 * (order + 1)) + " bytes";
     if (!std::isfinite(coefficient)) return "a coefficient is not a finite number";
     if (i == order + 1 && coefficient == 0) return "its first coefficient of the denominator is 0";
   }
@@ -71,8 +73,8 @@ FilterChoice FilterChoiceIn(const std::string& text) {
   }
   const std::vector<std::string> words = Split(text, ':');
   if (words.size() != 3) Refuse(text, "three parts are needed");
-  const auto* family = std::find_if(std::begin(kFamilies), std::end(kFamilies),
-                                    [&](const Family& f) { return f.word == words[0]; });
+  const auto* family =
+      std::find_if(std::begin(kFamilies), std::end(kFamilies), [&](const Family& f) { return f.word == words[0]; });
   if (family == std::end(kFamilies)) Refuse(text, "no such family");
   const double order = ParseNumber(words[1], "--filter, order"), cutoff = ParseNumber(words[2], "--filter, cutoff");
   if (order < 1 || order > 20 || order != static_cast<unsigned int>(order)) Refuse(text, "the order goes from 1 to 20");
@@ -95,7 +97,7 @@ void SetUpFilter(ZRVDataGenerator& generator, const FilterChoice& choice, float 
   if (choice.type == kGeneric) generator.LoadIIRFilterParams(choice.file.c_str());
   else if (choice.cutoff >= rate / 2)
     throw WrongUse("--filter: the cutoff of the " + Describe(choice) + " must be below half the sample rate (" +
-                    std::to_string(static_cast<int>(rate)) + " per second)");
+                   std::to_string(static_cast<int>(rate)) + " per second)");
   generator.SetupSoftwareFilter(choice.type, choice.order, choice.cutoff, rate, twoChannels);
 }
 

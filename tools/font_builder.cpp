@@ -90,9 +90,7 @@ std::optional<JhfGlyph> TakeGlyph(std::string_view& text) {
   return JhfGlyph{*number, RecordFrom(body)};
 }
 
-void SkipLineEnds(std::string_view& text) {
-  text.remove_prefix(std::min(text.find_first_not_of("\r\n"), text.size()));
-}
+void SkipLineEnds(std::string_view& text) { text.remove_prefix(std::min(text.find_first_not_of("\r\n"), text.size())); }
 
 class WordList {
  public:
@@ -165,8 +163,8 @@ std::vector<uint8_t> FontBuilder::Build() const {
 
   WordList words;
   const size_t fonts = fonts_.size() / kFontEntries;
-  for (const size_t count : {static_cast<size_t>(glyphCount), oriental_.size(), fonts, kFontEntries, math_.size(),
-                             symbols_.size()}) {
+  for (const size_t count :
+       {static_cast<size_t>(glyphCount), oriental_.size(), fonts, kFontEntries, math_.size(), symbols_.size()}) {
     if (count > std::numeric_limits<uint16_t>::max()) return {};
     words.Add(static_cast<int>(count));
   }

@@ -52,7 +52,11 @@ class FontBuilder {
   std::vector<GlyphRecord> oriental_;
 };
 
-enum class FontUse { text, math, symbols };
+enum class FontUse {
+  text,
+  math,
+  symbols
+};
 
 struct FontSource {
   const char* name;  // of the file, without .jhf

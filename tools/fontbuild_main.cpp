@@ -44,8 +44,8 @@ int main(int argc, char** argv) {
   }
   std::string error;
   const auto font = zrv::BuildDefaultFont(argv[1], error);
-  const bool written = !font.empty() && zrv::WriteWholeFile(argv[2], font) &&
-                       zrv::WriteWholeFile(argv[3], zrv::AsBytes(FontList()));
+  const bool written =
+      !font.empty() && zrv::WriteWholeFile(argv[2], font) && zrv::WriteWholeFile(argv[3], zrv::AsBytes(FontList()));
   if (!written) std::fprintf(stderr, "zrv-fontbuild: %s\n", error.empty() ? "cannot write" : error.c_str());
   return written ? 0 : 1;
 }

@@ -51,7 +51,7 @@ void WriteDrawing(const std::string& name) {
   }
   PutPoint(file, 0.9, 0, true, 0);  // a dark move begins and ends with a dark point of its own
   const double corners[kSquare][2] = {{-0.4, -0.4}, {-0.4, -0.4}, {-0.4, 0.4}, {0.4, 0.4},
-                                        {0.4, -0.4},  {-0.4, -0.4}, {-0.4, -0.4}};
+                                      {0.4, -0.4},  {-0.4, -0.4}, {-0.4, -0.4}};
   for (int i = 0; i < kSquare; ++i) PutPoint(file, corners[i][0], corners[i][1], i == 0 || i == kSquare - 1, 0xFFFFFF);
   PutHeader(file, 0);
   std::ofstream(name, std::ios::binary) << file;
@@ -87,10 +87,10 @@ SheetSection DrawingsAndBurns(const std::string& drawingFile) {
   drawing.label = "ILDA drawing with colours";
   drawing.pattern = MakePattern("ilda", {{"file", drawingFile}});
   const Pattern burnt = MakePattern("laser", {{"lines", "80"}, {"pixels", "80"}, {"line-time", "16"}});
-  return {"Drawings and the laser writer",
-          {drawing, BurnTile("laser writer: sent", burnt, false),
-           BurnTile("drawn by the mirror", Drawn(burnt, 0), true),
-           BurnTile("mirror behind a 200 Hz filter", Drawn(burnt, 200), true)}};
+  return {
+      "Drawings and the laser writer",
+      {drawing, BurnTile("laser writer: sent", burnt, false), BurnTile("drawn by the mirror", Drawn(burnt, 0), true),
+       BurnTile("mirror behind a 200 Hz filter", Drawn(burnt, 200), true)}};
 }
 
 }  // namespace zrvtool

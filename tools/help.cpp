@@ -44,7 +44,8 @@ CLI::App* AddCommand(CLI::App& app, const std::string& name, const std::string& 
                      const std::vector<std::string>& examples, const std::string& more) {
   CLI::App* command = app.add_subcommand(name, help);
   std::string footer;
-  for (const std::string& example : examples) footer += (footer.empty() ? kExample : '\n' + std::string(kNextExample)) + example;
+  for (const std::string& example : examples)
+    footer += (footer.empty() ? kExample : '\n' + std::string(kNextExample)) + example;
   command->footer(footer + (more.empty() ? "" : "\n\n" + more));
   command->group("Commands");
   command->fallthrough();  // options of the levels above may follow
@@ -78,7 +79,9 @@ std::string FullDescription(const CLI::Option& option) {
   return option.get_description() + (notes.empty() ? "" : " (" + notes + ")");
 }
 
-std::string HelpFormatter::make_usage(const CLI::App* app, std::string) const { return "Usage: " + UsageOf(*app) + "\n"; }
+std::string HelpFormatter::make_usage(const CLI::App* app, std::string) const {
+  return "Usage: " + UsageOf(*app) + "\n";
+}
 
 std::string HelpFormatter::make_option_name(const CLI::Option* option, bool isPositional) const {
   return isPositional ? Upper(option->get_name(true)) : CLI::Formatter::make_option_name(option, false);

@@ -104,12 +104,13 @@ Image LoadJpeg(const std::string& name, const Bytes& bytes) {
   Image image;
   int subsampling = 0, colours = 0;
   const auto size = static_cast<unsigned long>(bytes.size());
-  if (!decoder || tjDecompressHeader3(decoder.get(), bytes.data(), size, &image.width, &image.height, &subsampling,
-                                      &colours) != 0)
+  if (!decoder ||
+      tjDecompressHeader3(decoder.get(), bytes.data(), size, &image.width, &image.height, &subsampling, &colours) != 0)
     throw ToolError(name + " is a damaged JPEG file");
   CheckSize(name, static_cast<std::uint64_t>(image.width), static_cast<std::uint64_t>(image.height));
   image.bgr.resize(3 * static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height));
-  if (tjDecompress2(decoder.get(), bytes.data(), size, image.bgr.data(), image.width, 0, image.height, TJPF_BGR, 0) != 0 &&
+  if (tjDecompress2(decoder.get(), bytes.data(), size, image.bgr.data(), image.width, 0, image.height, TJPF_BGR, 0) !=
+          0 &&
       tjGetErrorCode(decoder.get()) == TJERR_FATAL)
     throw ToolError(name + " is a damaged JPEG file: " + tjGetErrorStr2(decoder.get()));
   return image;

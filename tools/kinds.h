@@ -24,9 +24,9 @@ struct Draft {
 
 struct Kind {
   const char* name;
-  const char* group;    // heading in lists and galleries
-  const char* help;     // one line
-  const char* example;  // itself with options, as in "zrv generate rose --ring-a 5 -o rose.txt"
+  const char* group;               // heading in lists and galleries
+  const char* help;                // one line
+  const char* example;             // itself with options, as in "zrv generate rose --ring-a 5 -o rose.txt"
   std::vector<OptionRow> options;  // a name that is also a common option replaces that one
   Draft (*make)(ZRVDataGenerator& generator, const Values& values);
 };

@@ -13,7 +13,8 @@ using enum OptionType;
 
 unsigned int LoadFont(ZRVDataGenerator& g, const Values& v) {
   const std::string file = v.Text("font-file").empty() ? DefaultFontFile() : v.Text("font-file");
-  if (file.empty()) throw ToolError("no font file is installed; make one with zrv font build and name it with --font-file");
+  if (file.empty())
+    throw ToolError("no font file is installed; make one with zrv font build and name it with --font-file");
   g.LoadHersheyFile(file.c_str());
   const unsigned int fonts = g.HersheyNumFonts(), font = v.Count("font");
   if (fonts == 0) throw ToolError(file + " holds no fonts");
@@ -125,19 +126,35 @@ const OptionRow kFontFile = {"font-file", File, "", "font file; else the one tha
 
 std::vector<Kind> ContentKinds() {
   return {
-      {"text", "Content", "a text in a vector font", "text \"Hello\" --font 2",
-       {{"text", Argument, "", "the text"}, kFont, kFontFile}, TextLine},
-      {"digital-clock", "Content", "the time of day in digits", "digital-clock --time 10:08:30",
-       {{"time", Text, "now", "time of day, HH:MM:SS or now"}, kFont, kFontFile}, DigitalClock},
-      {"ilda", "Content", "frames of an ILDA drawing", "ilda show.ild --frames 1-20",
+      {"text",
+       "Content",
+       "a text in a vector font",
+       "text \"Hello\" --font 2",
+       {{"text", Argument, "", "the text"}, kFont, kFontFile},
+       TextLine},
+      {"digital-clock",
+       "Content",
+       "the time of day in digits",
+       "digital-clock --time 10:08:30",
+       {{"time", Text, "now", "time of day, HH:MM:SS or now"}, kFont, kFontFile},
+       DigitalClock},
+      {"ilda",
+       "Content",
+       "frames of an ILDA drawing",
+       "ilda show.ild --frames 1-20",
        {{"file", FileArgument, "", "ILDA file"},
         {"frames", Text, "all", "which, for instance 1-20,25"},
         {"samples", Count, "0", "samples a frame; 0: 2000, fewer where all frames must fit 24000", 0, 1000000},
         {"turn-x", Number, "0", "view a 3D drawing from the side, degrees", -360, 360},
-        {"turn-y", Number, "0", "view a 3D drawing from above, degrees", -360, 360}}, Ilda},
-      {"points", "Content", "the samples of a point file", "points figure.txt --rotate 45",
+        {"turn-y", Number, "0", "view a 3D drawing from above, degrees", -360, 360}},
+       Ilda},
+      {"points",
+       "Content",
+       "the samples of a point file",
+       "points figure.txt --rotate 45",
        {{"file", FileArgument, "", "point file"},
-        {"corners", Flag, "0", "take the points as corners and interpolate between them"}}, PointFileKeypoints},
+        {"corners", Flag, "0", "take the points as corners and interpolate between them"}},
+       PointFileKeypoints},
   };
 }
 

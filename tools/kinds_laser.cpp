@@ -37,7 +37,8 @@ unsigned char ChartAt(double u, double v) {
 
 Draft Chart(ZRVDataGenerator& g, const Values& v) {
   const unsigned int lines = v.Count("lines"), pixels = v.Count("pixels");
-  if (std::size_t{lines} * pixels > kMostSamples) throw ToolError("the chart is too large: use fewer --lines or --pixels");
+  if (std::size_t{lines} * pixels > kMostSamples)
+    throw ToolError("the chart is too large: use fewer --lines or --pixels");
   std::vector<unsigned char> raster(std::size_t{lines} * pixels);
   std::vector<int> lastDark(lines, -1);
   for (unsigned int line = 0; line < lines; ++line)
@@ -81,17 +82,20 @@ Kind ImageKind() {
   rows.push_back({"file", FileArgument, "", "PNG or JPEG file"});
   rows.push_back({"binary", Flag, "0", "full brightness below the threshold, none above"});
   rows.push_back({"threshold", Count, "250", "grey, 0..255, below which a pixel counts as dark", 0, 256});
-  return {"image", "Laser writer", "burn a PNG or JPEG picture, dark parts bright",
-          "image photo.jpg --lines 100 --pixels 100", rows, Picture};
+  return {"image",
+          "Laser writer",
+          "burn a PNG or JPEG picture, dark parts bright",
+          "image photo.jpg --lines 100 --pixels 100",
+          rows,
+          Picture};
 }
 #endif
 
 }  // namespace
 
 std::vector<Kind> LaserKinds() {
-  std::vector<Kind> kinds = {
-      {"laser", "Laser writer", "burn a test chart: a ring, a grey wedge and bars", "laser --lines 100",
-       BurnRows(), Chart}};
+  std::vector<Kind> kinds = {{"laser", "Laser writer", "burn a test chart: a ring, a grey wedge and bars",
+                              "laser --lines 100", BurnRows(), Chart}};
 #ifdef ZRV_WITH_OPENCV
   kinds.push_back(ImageKind());
 #endif

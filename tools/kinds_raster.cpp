@@ -68,7 +68,8 @@ Draft Dwell(ZRVDataGenerator& g, const Values& v, Points points) {
   for (float dwell : points.dwell) total += static_cast<double>(dwell);
   if (!(total > 0)) throw ToolError("the points have no dwell time together, so nothing would be played");
   const Rates rates = RatesOf(v);
-  const double room = total / 1000 * std::max(rates.lowest, rates.highest) + 3 * static_cast<double>(points.x.size()) + 16;
+  const double room =
+      total / 1000 * std::max(rates.lowest, rates.highest) + 3 * static_cast<double>(points.x.size()) + 16;
   if (room > static_cast<double>(kMostSamples)) throw ToolError("the pattern is too long: use a lower --max-rate");
   unsigned int rate = v.Count("rate");
   Draft draft = Filled(static_cast<std::size_t>(room), [&](float* x, float* y, unsigned char* m) {
@@ -117,15 +118,23 @@ std::vector<Kind> RasterKinds() {
        "raster --lines 40 --pixels 100", RasterRows(), LinearRaster},
       {"imaging-raster", "Rasters", "lines for imaging: four samples a pixel, one return",
        "imaging-raster --lines 64 --pixels 64 --line-time 5", RasterRows(), ImagingRaster},
-      {"point-to-point", "Rasters", "dwell at points, a grid or those of a point file, and move between them dark",
+      {"point-to-point",
+       "Rasters",
+       "dwell at points, a grid or those of a point file, and move between them dark",
        "point-to-point --grid 5 --dwell 2",
        {{"grid", Count, "4", "points along a side of the grid", 1, 300},
         {"points", File, "", "point file, in place of the grid"},
         {"dwell", Number, "5", "time at each point with the move to the next, ms", 0.01, 1000},
-        kTransition, kMinRate, kMaxRate}, PointToPoint},
-      {"point-time", "Rasters", "the points of a point-time file (x y m time), each held for its time",
+        kTransition,
+        kMinRate,
+        kMaxRate},
+       PointToPoint},
+      {"point-time",
+       "Rasters",
+       "the points of a point-time file (x y m time), each held for its time",
        "point-time points.txt --transition 1",
-       {{"file", FileArgument, "", "point-time file"}, kTransition, kMinRate, kMaxRate}, PointTime},
+       {{"file", FileArgument, "", "point-time file"}, kTransition, kMinRate, kMaxRate},
+       PointTime},
   };
 }
 

@@ -130,8 +130,7 @@ struct LiveView::Server {
   Reply Answer(MHD_Connection* connection, std::string_view path, std::string_view method) {
     if (!IsOurName(Value(connection, MHD_HEADER_KIND, MHD_HTTP_HEADER_HOST)))
       return {MHD_HTTP_FORBIDDEN, "text/plain", "this page is at " + Url() + "\n"};
-    if (!Reads(method))
-      return {MHD_HTTP_METHOD_NOT_ALLOWED, "text/plain", "this page can only be read\n"};
+    if (!Reads(method)) return {MHD_HTTP_METHOD_NOT_ALLOWED, "text/plain", "this page can only be read\n"};
     if (path == "/") return {MHD_HTTP_OK, "text/html; charset=utf-8", std::string(kViewPage)};
     if (path == "/state") return State();
     if (path == "/drawn") return Points(Value(connection, MHD_GET_ARGUMENT_KIND, "after"));
@@ -145,8 +144,8 @@ struct LiveView::Server {
 
   // The library calls when the head of a request is there, and again for each piece of a body, of which we want none:
   // answered at once, the request ends there.
-  static MHD_Result OnRequest(void* self, MHD_Connection* connection, const char* path, const char* method,
-                              const char*, const char*, std::size_t* bodyBytes, void** seen) {
+  static MHD_Result OnRequest(void* self, MHD_Connection* connection, const char* path, const char* method, const char*,
+                              const char*, std::size_t* bodyBytes, void** seen) {
     static int mark;
     if (Reads(method) && !*seen) {
       *seen = &mark;

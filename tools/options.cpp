@@ -18,7 +18,8 @@ CLI::Validator Valid(const OptionRow& row) {
 }
 
 CLI::Option* AddPort(CLI::App& command, std::string& port) {
-  return command.add_option("port", port, "port of the controller, or auto for the first one found")->required()
+  return command.add_option("port", port, "port of the controller, or auto for the first one found")
+      ->required()
       ->type_name("PORT");
 }
 

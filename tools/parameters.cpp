@@ -19,28 +19,48 @@ struct NamedValue {
   const char* name;
 };
 
-#define ZRV_NAMED(type, member) NamedValue{#type, member, #member}
+#define ZRV_NAMED(type, member) \
+  NamedValue { #type, member, #member }
 constexpr NamedValue kNamedValues[] = {
-    ZRV_NAMED(ZRVAxes, AxesNormal),          ZRV_NAMED(ZRVAxes, AxesFlipX),
-    ZRV_NAMED(ZRVAxes, AxesFlipY),           ZRV_NAMED(ZRVAxes, AxesFlipBoth),
-    ZRV_NAMED(ZRVAxes, AxesSwap),            ZRV_NAMED(ZRVAxes, AxesSwapFlipX),
-    ZRV_NAMED(ZRVAxes, AxesSwapFlipY),       ZRV_NAMED(ZRVAxes, AxesSwapFlipBoth),
-    ZRV_NAMED(ZRVBoot, BootDefaults),        ZRV_NAMED(ZRVBoot, BootSavedSettings),
+    ZRV_NAMED(ZRVAxes, AxesNormal),
+    ZRV_NAMED(ZRVAxes, AxesFlipX),
+    ZRV_NAMED(ZRVAxes, AxesFlipY),
+    ZRV_NAMED(ZRVAxes, AxesFlipBoth),
+    ZRV_NAMED(ZRVAxes, AxesSwap),
+    ZRV_NAMED(ZRVAxes, AxesSwapFlipX),
+    ZRV_NAMED(ZRVAxes, AxesSwapFlipY),
+    ZRV_NAMED(ZRVAxes, AxesSwapFlipBoth),
+    ZRV_NAMED(ZRVBoot, BootDefaults),
+    ZRV_NAMED(ZRVBoot, BootSavedSettings),
     ZRV_NAMED(ZRVBoot, BootSavedSettingsAndRun),
-    ZRV_NAMED(ZRVDataMode, DataModeBuffer),  ZRV_NAMED(ZRVDataMode, DataMode1),
-    ZRV_NAMED(ZRVDataMode, DataMode2),       ZRV_NAMED(ZRVDataMode, DataMode3),
-    ZRV_NAMED(ZRVDataMode, DataMode4),       ZRV_NAMED(ZRVDataMode, DataMode5),
-    ZRV_NAMED(ZRVDataMode, DataModeAnalogVolts), ZRV_NAMED(ZRVDataMode, DataModeAnalogVoltsRaw),
-    ZRV_NAMED(ZRVDataMode, DataModeAnalogNormalized), ZRV_NAMED(ZRVDataMode, DataModeOrBEX1),
-    ZRV_NAMED(ZRVSync, SyncOff),             ZRV_NAMED(ZRVSync, SyncMode1),
-    ZRV_NAMED(ZRVSync, SyncMode2),           ZRV_NAMED(ZRVSync, SyncMode3),
-    ZRV_NAMED(ZRVSync, SyncMode4),           ZRV_NAMED(ZRVSync, SyncMode5),
-    ZRV_NAMED(ZRVSync, SyncMode6),           ZRV_NAMED(ZRVSync, SyncMode7),
-    ZRV_NAMED(ZRVSync, SyncMode8),           ZRV_NAMED(ZRVSync, SyncMode9),
-    ZRV_NAMED(ZRVSync, SyncMode10),          ZRV_NAMED(ZRVSync, SyncMode11),
-    ZRV_NAMED(ZRVSync, SyncMode12),          ZRV_NAMED(ZRVSync, SyncMode13),
-    ZRV_NAMED(ZRVSync, SyncMode14),          ZRV_NAMED(ZRVSync, SyncMode15),
-    {"Switch", 0, "off"},                    {"Switch", 1, "on"},
+    ZRV_NAMED(ZRVDataMode, DataModeBuffer),
+    ZRV_NAMED(ZRVDataMode, DataMode1),
+    ZRV_NAMED(ZRVDataMode, DataMode2),
+    ZRV_NAMED(ZRVDataMode, DataMode3),
+    ZRV_NAMED(ZRVDataMode, DataMode4),
+    ZRV_NAMED(ZRVDataMode, DataMode5),
+    ZRV_NAMED(ZRVDataMode, DataModeAnalogVolts),
+    ZRV_NAMED(ZRVDataMode, DataModeAnalogVoltsRaw),
+    ZRV_NAMED(ZRVDataMode, DataModeAnalogNormalized),
+    ZRV_NAMED(ZRVDataMode, DataModeOrBEX1),
+    ZRV_NAMED(ZRVSync, SyncOff),
+    ZRV_NAMED(ZRVSync, SyncMode1),
+    ZRV_NAMED(ZRVSync, SyncMode2),
+    ZRV_NAMED(ZRVSync, SyncMode3),
+    ZRV_NAMED(ZRVSync, SyncMode4),
+    ZRV_NAMED(ZRVSync, SyncMode5),
+    ZRV_NAMED(ZRVSync, SyncMode6),
+    ZRV_NAMED(ZRVSync, SyncMode7),
+    ZRV_NAMED(ZRVSync, SyncMode8),
+    ZRV_NAMED(ZRVSync, SyncMode9),
+    ZRV_NAMED(ZRVSync, SyncMode10),
+    ZRV_NAMED(ZRVSync, SyncMode11),
+    ZRV_NAMED(ZRVSync, SyncMode12),
+    ZRV_NAMED(ZRVSync, SyncMode13),
+    ZRV_NAMED(ZRVSync, SyncMode14),
+    ZRV_NAMED(ZRVSync, SyncMode15),
+    {"Switch", 0, "off"},
+    {"Switch", 1, "on"},
 };
 #undef ZRV_NAMED
 
@@ -63,10 +83,11 @@ void AddIdentity(Report& r, const ZRVDeviceParams& p) {
   r.Add("Link", std::string(p.CommType) + ", " + std::to_string(p.USARTBaudRate) + " baud",
         {{"link", p.CommType}, {"baud", p.USARTBaudRate}});
   r.Add("Bluetooth address", p.BluetoothMAC, {{"bluetooth_address", p.BluetoothMAC}});
-  r.Add("State", StateText(p.DeviceState), {{"state", p.DeviceState},
-                                            {"playing", (p.DeviceState & 1u) != 0},
-                                            {"tracking", (p.DeviceState >> 12 & 1u) != 0},
-                                            {"output_format", p.DeviceState >> 13 & 7u}});
+  r.Add("State", StateText(p.DeviceState),
+        {{"state", p.DeviceState},
+         {"playing", (p.DeviceState & 1u) != 0},
+         {"tracking", (p.DeviceState >> 12 & 1u) != 0},
+         {"output_format", p.DeviceState >> 13 & 7u}});
   r.Add("Error register", std::to_string(p.DeviceErrorRegister), {{"error_register", p.DeviceErrorRegister}});
 }
 
@@ -119,7 +140,8 @@ const std::vector<ParameterRow>& Parameters() {
       for (const zrv::Parameter& p : zrv::kParameters) {
         if (p.number == 0 || setting != (p.use == zrv::ParamUse::kSetting)) continue;
         const int axis = &p != zrv::FindParameter(p.number);  // Y of the output offsets
-        made.push_back({p.key, static_cast<ZRVParam>(p.number), axis, p.unit, *p.type ? p.type : nullptr, p.IsSet(), p.help});
+        made.push_back(
+            {p.key, static_cast<ZRVParam>(p.number), axis, p.unit, *p.type ? p.type : nullptr, p.IsSet(), p.help});
       }
     }
     return made;
@@ -145,7 +167,8 @@ std::string ParameterNames() {
 const ParameterRow& FindParameter(const std::string& name) {
   for (const ParameterRow& row : Parameters())
     if (name == row.name) return row;
-  throw WrongUse("there is no parameter " + name + " (ErrorInvalidParam).\nThe parameters are\n" + ParameterNames() + ".");
+  throw WrongUse("there is no parameter " + name + " (ErrorInvalidParam).\nThe parameters are\n" + ParameterNames() +
+                 ".");
 }
 
 std::string NameOfValue(const char* type, unsigned int value) {

@@ -13,7 +13,7 @@ namespace zrvtool {
 struct ParameterRow {
   const char* name;  // as in parameter files
   ZRVParam param;
-  int axis;          // of the output offsets
+  int axis;  // of the output offsets
   const char* unit;
   const char* type;  // enumeration of its values, "Switch" for on and off, or null
   bool writable;

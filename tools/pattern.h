@@ -8,11 +8,11 @@
 namespace zrvtool {
 
 struct Pattern {
-  std::vector<float> x, y;         // positions, -1..1
-  std::vector<unsigned char> m;    // digital byte of each sample; 0 is blank
-  std::vector<unsigned int> rgb;   // 0x00RRGGBB of each sample; empty when the content has no colours
-  unsigned int rate = 0;           // samples per second; 0 when the content does not say
-  bool levels = false;             // m is a brightness 0..255, not output bits
+  std::vector<float> x, y;        // positions, -1..1
+  std::vector<unsigned char> m;   // digital byte of each sample; 0 is blank
+  std::vector<unsigned int> rgb;  // 0x00RRGGBB of each sample; empty when the content has no colours
+  unsigned int rate = 0;          // samples per second; 0 when the content does not say
+  bool levels = false;            // m is a brightness 0..255, not output bits
 
   std::size_t size() const { return x.size(); }
   bool empty() const { return x.empty(); }

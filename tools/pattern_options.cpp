@@ -41,9 +41,9 @@ void AddOptions(CLI::App& command, const std::vector<OptionRow>& rows, Values& v
   for (const OptionRow& row : rows) {
     std::string& text = values.Storage(row.name);
     if (row.type == OptionType::Flag)
-      command.add_flag_callback("--" + std::string(row.name), [&text] { text = "1"; }, row.help);
-    else
-      AddValue(command, row, text);
+      command.add_flag_callback(
+          "--" + std::string(row.name), [&text] { text = "1"; }, row.help);
+    else AddValue(command, row, text);
   }
 }
 

@@ -13,12 +13,12 @@ namespace zrvtool {
 
 struct ScanStyle {
   std::string title;
-  std::string caption;          // one faint line below the field
+  std::string caption;  // one faint line below the field
   Theme theme = Theme::Dark;
-  int size = 900;               // width in pixels
-  bool dots = false;            // a dot at every sample: shows where the beam is slow
+  int size = 900;                  // width in pixels
+  bool dots = false;               // a dot at every sample: shows where the beam is slow
   const Pattern* ghost = nullptr;  // drawn faintly behind, for instance what was sent
-  bool mirror = false;          // in the colour of what a mirror drew, not of what was sent
+  bool mirror = false;             // in the colour of what a mirror drew, not of what was sent
 };
 
 // The square -1..1 with the lit parts by colour or brightness, blank moves faint and the start marked.

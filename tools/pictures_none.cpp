@@ -7,8 +7,10 @@ namespace zrvtool {
 namespace {
 
 [[noreturn]] void Refuse(const std::string& what) {
-  throw ToolError("cannot " + what + ": this build of zrv has no pictures.\n"
-                  "Save the pattern as a file instead, or make the picture where zrv was built with ZRV_WITH_PICTURES.");
+  throw ToolError(
+      "cannot " + what +
+      ": this build of zrv has no pictures.\n"
+      "Save the pattern as a file instead, or make the picture where zrv was built with ZRV_WITH_PICTURES.");
 }
 
 }  // namespace

@@ -75,8 +75,8 @@ Pen PenFor(double fieldWidth, const Pattern& pattern) {
   return {line, pattern.levels ? 0 : line * 3.2, line * 0.55, std::max(line * 1.15, 1.5)};
 }
 
-void DrawRun(Canvas& canvas, const FieldMap& map, const Pattern& p, std::size_t first, std::size_t last,
-             Colour colour, double width) {
+void DrawRun(Canvas& canvas, const FieldMap& map, const Pattern& p, std::size_t first, std::size_t last, Colour colour,
+             double width) {
   canvas.MoveTo(map.X(p.x[first]), map.Y(p.y[first]));
   for (std::size_t i = first + 1; i <= last; ++i) canvas.LineTo(map.X(p.x[i]), map.Y(p.y[i]));
   canvas.Stroke(colour, width);
@@ -149,8 +149,7 @@ void DrawScanField(Canvas& canvas, const Box& field, const Pattern& pattern, con
   const Pattern shown = WithReturn(pattern);
   DrawPattern(canvas, map, shown, style, pen);
   if (style.dots) DrawDots(canvas, map, pattern, style, pen);
-  if (!pattern.empty())
-    canvas.Ring(map.X(pattern.x[0]), map.Y(pattern.y[0]), pen.line * 3, palette.mark, pen.line);
+  if (!pattern.empty()) canvas.Ring(map.X(pattern.x[0]), map.Y(pattern.y[0]), pen.line * 3, palette.mark, pen.line);
   canvas.Unclip();
   canvas.Frame(field, palette.grid, 1);
 }

@@ -13,10 +13,10 @@
 namespace zrvtool {
 namespace {
 
-// Stops and switches off, and tries until it works: on a link that is sound again two calls fail at most. The parameters
-// are read first, for after an acknowledgement that was lost the record may say off while the laser is on, and switching
-// it off would send nothing. When they cannot be read, what may still help is sent all the same. Returns how the last
-// try ended.
+// Stops and switches off, and tries until it works: on a link that is sound again two calls fail at most. The
+// parameters are read first, for after an acknowledgement that was lost the record may say off while the laser is on,
+// and switching it off would send nothing. When they cannot be read, what may still help is sent all the same. Returns
+// how the last try ended.
 ZRVError StopAndSwitchOff(ZRVDevice& device) {
   constexpr int kTries = 3;
   constexpr std::chrono::milliseconds kUnderWay{50};
@@ -73,10 +73,8 @@ void SendPattern(ZRVDevice& device, const Pattern& pattern, const PlayOptions& o
   std::vector<float> x = pattern.x, y = pattern.y;
   std::vector<unsigned char> m = pattern.m;
   std::vector<unsigned int> rgb = pattern.rgb;
-  if (rgb.empty())
-    device.SetRGBData(0xFFFFFFu, 0);
-  else
-    device.SetRGBData(rgb.data(), static_cast<unsigned int>(rgb.size()));
+  if (rgb.empty()) device.SetRGBData(0xFFFFFFu, 0);
+  else device.SetRGBData(rgb.data(), static_cast<unsigned int>(rgb.size()));
   device.SendDataStream(x.data(), y.data(), m.data(), static_cast<unsigned int>(x.size()), options.delay,
                         options.minimizeJump);
   Check(device, "send the pattern");
@@ -84,10 +82,8 @@ void SendPattern(ZRVDevice& device, const Pattern& pattern, const PlayOptions& o
 
 std::string Progress(double elapsed, double share, bool endless) {
   char text[160];
-  if (endless)
-    std::snprintf(text, sizeof text, "playing, %.1f s (Ctrl-C stops)", elapsed);
-  else
-    std::snprintf(text, sizeof text, "playing %s %3.0f %%, %.1f s", Bar(share, 30).c_str(), 100 * share, elapsed);
+  if (endless) std::snprintf(text, sizeof text, "playing, %.1f s (Ctrl-C stops)", elapsed);
+  else std::snprintf(text, sizeof text, "playing %s %3.0f %%, %.1f s", Bar(share, 30).c_str(), 100 * share, elapsed);
   return text;
 }
 
@@ -111,10 +107,8 @@ void Check(const ZRVDevice& device, const std::string& tried) {
 void TryToConnect(ZRVDevice& device, const std::string& port) {
   StatusLine status;
   status.Show(port == "auto" ? "looking for a controller ..." : "connecting to " + port + " ...");
-  if (port == "auto")
-    device.ConnectDevice();
-  else
-    device.ConnectDevice(port.c_str());
+  if (port == "auto") device.ConnectDevice();
+  else device.ConnectDevice(port.c_str());
   if (!device.IsDeviceConnected()) Check(device, port == "auto" ? "connect to a controller" : "connect to " + port);
 }
 

@@ -21,11 +21,11 @@ void TryToConnect(ZRVDevice& device, const std::string& port);
 void Connect(ZRVDevice& device, const std::string& port);
 
 struct PlayOptions {
-  int repeat = 0;           // times, 1..32; 0: without end
-  double seconds = 0;       // at most so long; 0: no limit
-  unsigned int delay = 0;   // samples by which the digital byte lags
+  int repeat = 0;          // times, 1..32; 0: without end
+  double seconds = 0;      // at most so long; 0: no limit
+  unsigned int delay = 0;  // samples by which the digital byte lags
   bool minimizeJump = false;
-  bool laser = true;        // the laser modulation and digital outputs are switched on
+  bool laser = true;  // the laser modulation and digital outputs are switched on
 };
 
 // Sets the sample rate, loads the pattern with its colours and starts it.

@@ -47,8 +47,8 @@ bool SleepUnlessStopped(std::chrono::milliseconds time) {
   constexpr std::chrono::milliseconds kSlice{20};
   const auto end = std::chrono::steady_clock::now() + time;
   while (!StopRequested() && std::chrono::steady_clock::now() < end)
-    std::this_thread::sleep_for(std::min<std::chrono::steady_clock::duration>(
-        kSlice, end - std::chrono::steady_clock::now()));
+    std::this_thread::sleep_for(
+        std::min<std::chrono::steady_clock::duration>(kSlice, end - std::chrono::steady_clock::now()));
   return !StopRequested();
 }
 

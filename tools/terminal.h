@@ -21,9 +21,7 @@ bool SleepUnlessStopped(std::chrono::milliseconds time);
 // Seconds since it was made.
 class StopWatch {
  public:
-  double Seconds() const {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
-  }
+  double Seconds() const { return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count(); }
 
  private:
   std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();

@@ -8,13 +8,22 @@
 
 namespace zrvtool {
 
-enum class OptionType { Number, Count, Flag, Choice, Text, File, Argument, FileArgument };
+enum class OptionType {
+  Number,
+  Count,
+  Flag,
+  Choice,
+  Text,
+  File,
+  Argument,
+  FileArgument
+};
 
 // One option: a row of the table that the command line, its help and the pattern makers share.
 struct OptionRow {
   const char* name;
   OptionType type;
-  const char* initial;             // text of the value when it is not given
+  const char* initial;  // text of the value when it is not given
   const char* help;
   double lowest = 0, highest = 0;  // of numbers and counts
   const char* choices = "";        // "none|blank|retrace"; of a text: what its value is called

@@ -148,9 +148,8 @@ int ZRVSerialIO::Write(const void* buffer, unsigned int count, unsigned int* wri
   if (port_ == nullptr) return kNotOpen;
   if (buffer == nullptr && count > 0) return kFailed;
   const HANDLE file = port_->file.get();
-  return Transfer(port_->file, port_->event, timeoutMs, written, [=](DWORD* moved, OVERLAPPED* request) {
-    return WriteFile(file, buffer, count, moved, request);
-  });
+  return Transfer(port_->file, port_->event, timeoutMs, written,
+                  [=](DWORD* moved, OVERLAPPED* request) { return WriteFile(file, buffer, count, moved, request); });
 }
 
 int ZRVSerialIO::Read(void* buffer, unsigned int count, unsigned int* received, unsigned int timeoutMs,
@@ -161,9 +160,8 @@ int ZRVSerialIO::Read(void* buffer, unsigned int count, unsigned int* received, 
   if (timeoutMode != kKeepMode) SetReadTimeoutMode(timeoutMode);
   if (count > 0) std::memset(buffer, kFiller, count);
   const HANDLE file = port_->file.get();
-  return Transfer(port_->file, port_->event, timeoutMs, received, [=](DWORD* moved, OVERLAPPED* request) {
-    return ReadFile(file, buffer, count, moved, request);
-  });
+  return Transfer(port_->file, port_->event, timeoutMs, received,
+                  [=](DWORD* moved, OVERLAPPED* request) { return ReadFile(file, buffer, count, moved, request); });
 }
 
 bool ZRVSerialIO::Probe(const char* path) { return path != nullptr && OpenFile(path, 0).ok(); }

@@ -10,7 +10,9 @@
 
 #include "ZRVFlatInterface.h"
 
-enum { NumSamples = 2000 };
+enum {
+  NumSamples = 2000
+};
 
 /* Reports a failed call; 1 when it failed. */
 static int failed(ZRVDevice* device, const char* what) {

@@ -61,12 +61,11 @@ TEST_F(Analog, ALongCaptureArrivesWhole) {
 }
 
 TEST_F(Analog, StreamByMode) {
-  const std::tuple<ZRVDataMode, float, float> kCases[] = {
-      {DataMode5, kCanary, kCanary},
-      {DataModeAnalogVolts, -32768.0f / 3277, 16384.0f / 3277},
-      {DataModeAnalogVoltsRaw, -32768.0f / 3277, 49152},
-      {DataModeAnalogNormalized, -1, 0.5f},
-      {DataModeOrBEX1, kCanary, kCanary}};
+  const std::tuple<ZRVDataMode, float, float> kCases[] = {{DataMode5, kCanary, kCanary},
+                                                          {DataModeAnalogVolts, -32768.0f / 3277, 16384.0f / 3277},
+                                                          {DataModeAnalogVoltsRaw, -32768.0f / 3277, 49152},
+                                                          {DataModeAnalogNormalized, -1, 0.5f},
+                                                          {DataModeOrBEX1, kCanary, kCanary}};
   for (const auto& [mode, first, second] : kCases) {
     SetMode(mode);
     for (const unsigned asked : {2u, 0u}) {

@@ -1,21 +1,23 @@
-// What each call does on the link: its writes, reads, waits and pauses, in order, also when something fails. Hosts with a
-// transport of their own (a recording, a script, a bridge) rely on it.
+// What each call does on the link: its writes, reads, waits and pauses, in order, also when something fails. Hosts with
+// a transport of their own (a recording, a script, a bridge) rely on it.
 #include "tests/device/scripted_transport.h"
 
 namespace zrv::testing {
 namespace {
 
 const std::string kReset = "drain | purge | 0A | 0A | drain | purge | 0A";
-const std::string kAnswered = " | 3 in 2000";                    // an acknowledgement is waited for
-const std::string kRefused = " | 3 in 2000 | " + kReset;         // and does not come, or is wrong
+const std::string kAnswered = " | 3 in 2000";             // an acknowledgement is waited for
+const std::string kRefused = " | 3 in 2000 | " + kReset;  // and does not come, or is wrong
 const std::string kName = "B5 B0 2B E0 06 0A | 3 in 2000 | line 1000";
-const std::string kFields = " | line 1000 | line 1000 | line 1000 | line 1000 | 3 in 50 | 3 in 50 | 2 in 50 | 2 in 50 | "
-                            "2 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 2 in 50 | "
-                            "2 in 50 | 3 in 50 | 2 in 50 | 1 in 50";
+const std::string kFields =
+    " | line 1000 | line 1000 | line 1000 | line 1000 | 3 in 50 | 3 in 50 | 2 in 50 | 2 in 50 | "
+    "2 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 2 in 50 | "
+    "2 in 50 | 3 in 50 | 2 in 50 | 1 in 50";
 const std::string kOffsets = " | B5 B0 2B E4 06 0A | 3 in 2000 | 4 in 2000";
 const std::string kLimitsAsked = " | B5 B0 2B E1 06 0A | 3 in 2000 | line 1000";
-const std::string kLimitsRead = " | 3 in 50 | 3 in 50 | 3 in 50 | 3 in 50 | 2 in 50 | 2 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | "
-                                "1 in 50 | 1 in 50 | 1 in 50";
+const std::string kLimitsRead =
+    " | 3 in 50 | 3 in 50 | 3 in 50 | 3 in 50 | 2 in 50 | 2 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | "
+    "1 in 50 | 1 in 50 | 1 in 50";
 const std::string kIdentified = kName + kFields + kOffsets + kLimitsAsked + kLimitsRead;
 const std::string kMode0 = "B5 B0 2B B5 07 00 0A | pause 200 | drain | " + kReset;
 const std::string kState = "B5 B0 2B F4 06 0A";
@@ -55,8 +57,11 @@ const struct Row {
 } kRows[] = {
     // Commands and acknowledgements.
     {"a command", [](Port&) {}, [](Device& d) { d.ResetDevice(); }, "B5 B0 2B EE 06 0A" + kAnswered, ErrorNone},
-    {"no acknowledgement", [](Port& p) { p.once[0xEE] = {0xB5, 0xB0}; }, [](Device& d) { d.ResetDevice(); },
-     "B5 B0 2B EE 06 0A" + kRefused, ErrorSerialComm},
+    {"no acknowledgement",
+     [](Port& p) {
+       p.once[0xEE] = {0xB5, 0xB0};
+     },
+     [](Device& d) { d.ResetDevice(); }, "B5 B0 2B EE 06 0A" + kRefused, ErrorSerialComm},
     {"a wrong acknowledgement", [](Port& p) { p.once[0xEE] = kWrong; }, [](Device& d) { d.ResetDevice(); },
      "B5 B0 2B EE 06 0A" + kRefused, ErrorBadAcknowledge},
     {"a failed write", [](Port& p) { p.failingWrites = 1; }, [](Device& d) { d.ResetDevice(); },
@@ -74,26 +79,30 @@ const struct Row {
     {"a poll that is not written", [](Port& p) { p.failingWrites = 1; },
      [](Device& d) { EXPECT_FALSE(d.IsDeviceResponding()); }, "!B5 B0 2B E3 06 0A | " + kReset + " | 3 in 2000",
      ErrorSerialComm},
-    {"a state that is not acknowledged is read all the same",
-     [](Port& p) { p.once[0xF4] = kWrong; }, [](Device& d) { d.GetDeviceState(); }, kState + kRefused + " | 2 in 2000",
-     ErrorDeviceResponse},
-    {"and counts", [](Port& p) { p.once[0xF4] = kWrong, p.afterPurges = {1, 1}; },
+    {"a state that is not acknowledged is read all the same", [](Port& p) { p.once[0xF4] = kWrong; },
+     [](Device& d) { d.GetDeviceState(); }, kState + kRefused + " | 2 in 2000", ErrorDeviceResponse},
+    {"and counts",
+     [](Port& p) {
+       p.once[0xF4] = kWrong, p.afterPurges = {1, 1};
+     },
      [](Device& d) { EXPECT_TRUE(d.IsDeviceRunning()); }, kState + kRefused + " | 2 in 2000", ErrorNone},
     // Setters.
     {"the value on record is not sent after a failure either", [](Port& p) { p.once[0xE8] = {}; },
      [](Device& d) { d.SetDeviceParam(ParamSampleRate, 1000), d.SetDeviceParam(ParamSampleRate, 20000); },
      "B5 B0 2B E8 09 E8 03 00 0A" + kRefused, ErrorNone},
     {"a lost acknowledgement leaves a switch untrue", [](Port& p) { p.once[0xD9] = {}; },
-     [](Device& d) { d.SetDeviceParam(ParamLaserModulationEnable, 1), d.SetDeviceParam(ParamLaserModulationEnable, 0); },
+     [](Device& d) {
+       d.SetDeviceParam(ParamLaserModulationEnable, 1), d.SetDeviceParam(ParamLaserModulationEnable, 0);
+     },
      "B5 B0 2B D9 06 0A" + kRefused, ErrorNone},
-    {"reading the parameters sets it right",
-     [](Port& p) { *(p.answers[0xE0].end() - 11) = 1; },
+    {"reading the parameters sets it right", [](Port& p) { *(p.answers[0xE0].end() - 11) = 1; },
      [](Device& d) { Identify(d), d.SetDeviceParam(ParamLaserModulationEnable, 0); },
      kIdentified + " | B5 B0 2B D8 06 0A" + kAnswered, ErrorNone},
     {"offsets", [](Port&) {}, [](Device& d) { d.SetDeviceParam(ParamOutputOffsets, 0, 0); },
      "B5 B0 2B BF 0A 00 80 00 80 0A", ErrorNone},
     {"data mode", [](Port&) {}, [](Device& d) { d.SetDeviceParam(ParamDataMode, 0); }, kMode0, ErrorNone},
-    {"data mode, not written", [](Port& p) { p.failingWrites = 1; }, [](Device& d) { d.SetDeviceParam(ParamDataMode, 0); },
+    {"data mode, not written", [](Port& p) { p.failingWrites = 1; },
+     [](Device& d) { d.SetDeviceParam(ParamDataMode, 0); },
      "!B5 B0 2B B5 07 00 0A | " + kReset + " | pause 200 | drain | " + kReset, ErrorSerialComm},
     {"a name is read back", [](Port&) {}, [](Device& d) { d.SetDeviceName("A"); },
      "B5 B0 2B BA 07 41 0A" + kAnswered + " | " + kIdentified, ErrorNone},
@@ -105,8 +114,8 @@ const struct Row {
      "B5 B0 2B F8 07 01 0A" + kAnswered + " | pause 1200", ErrorNone},
     // The identification.
     {"the record", [](Port&) {}, Identify, kIdentified, ErrorNone},
-    {"the record, not acknowledged", [](Port& p) { p.once[0xE0] = {}; }, Identify,
-     "B5 B0 2B E0 06 0A" + kRefused, ErrorSerialComm},
+    {"the record, not acknowledged", [](Port& p) { p.once[0xE0] = {}; }, Identify, "B5 B0 2B E0 06 0A" + kRefused,
+     ErrorSerialComm},
     {"the record, another line", [](Port& p) { p.once[0xE0] = kAck + Text("ZR-INF\n"); }, Identify, kName,
      ErrorBadAcknowledge},
     {"the record, cut", [](Port& p) { p.once[0xE0] = Head(kIdentification, kIdentification.size() - 20); }, Identify,
@@ -119,8 +128,8 @@ const struct Row {
      kName + kFields + kOffsets + " | B5 B0 2B E1 06 0A" + kRefused, ErrorBadAcknowledge},
     {"the record, another line ahead of the limits", [](Port& p) { p.once[0xE1] = kAck + Text("ZR\n"); }, Identify,
      kName + kFields + kOffsets + kLimitsAsked, ErrorBadAcknowledge},
-    {"the record, limits cut", [](Port& p) { p.once[0xE1] = Head(kLimits, kLimits.size() - 20); }, Identify, kIdentified,
-     ErrorDeviceResponse},
+    {"the record, limits cut", [](Port& p) { p.once[0xE1] = Head(kLimits, kLimits.size() - 20); }, Identify,
+     kIdentified, ErrorDeviceResponse},
     // Blocks and playback.
     {"a block", [](Port&) {}, SendOne, kBlock + " | FF 7F 00 00 80" + kAnswered, ErrorNone},
     {"a block, its announcement refused", [](Port& p) { p.once[0xB1] = kWrong; }, SendOne,
@@ -132,18 +141,20 @@ const struct Row {
      kBlock + " | FF 7F 00 00 80" + kRefused, ErrorSerialComm},
     {"a block, wrongly acknowledged", [](Port& p) { p.afterBlock = kWrong; }, SendOne,
      kBlock + " | FF 7F 00 00 80" + kRefused, ErrorBadAcknowledge},
-    {"endless", [](Port&) {}, [](Device& d) { d.StartDataStream(0, true); }, "B5 B0 2B F1 06 0A" + kAnswered, ErrorNone},
+    {"endless", [](Port&) {}, [](Device& d) { d.StartDataStream(0, true); }, "B5 B0 2B F1 06 0A" + kAnswered,
+     ErrorNone},
     {"counted", [](Port&) {}, [](Device& d) { d.StartDataStream(100, false); }, "B5 B0 2B F5 07 20 0A" + kAnswered,
      ErrorNone},
     {"to the end", [](Port&) {}, [](Device& d) { d.StartDataStream(2, true); },
      "B5 B0 2B F3 07 02 0A" + kAnswered + " | 3 in 5000", ErrorNone},
-    {"to an end that does not come", [](Port& p) { p.once[0xF3] = kAck; }, [](Device& d) { d.StartDataStream(1, true); },
-     "B5 B0 2B F3 07 01 0A" + kAnswered + " | 3 in 3500 | " + kReset, ErrorSerialComm},
+    {"to an end that does not come", [](Port& p) { p.once[0xF3] = kAck; },
+     [](Device& d) { d.StartDataStream(1, true); }, "B5 B0 2B F3 07 01 0A" + kAnswered + " | 3 in 3500 | " + kReset,
+     ErrorSerialComm},
     {"to a wrong end", [](Port& p) { p.once[0xF3] = kAck + kWrong; }, [](Device& d) { d.StartDataStream(1, true); },
      "B5 B0 2B F3 07 01 0A" + kAnswered + " | 3 in 3500 | " + kReset, ErrorSerialComm},
     {"the end is waited for after a refusal too", [](Port& p) { p.once[0xF3] = kWrong; },
-     [](Device& d) { d.StartDataStream(1, true); },
-     "B5 B0 2B F3 07 01 0A" + kRefused + " | 3 in 3500 | " + kReset, ErrorSerialComm},
+     [](Device& d) { d.StartDataStream(1, true); }, "B5 B0 2B F3 07 01 0A" + kRefused + " | 3 in 3500 | " + kReset,
+     ErrorSerialComm},
     {"and its coming leaves the refusal", [](Port& p) { p.once[0xF3] = kWrong, p.afterPurges = kAck; },
      [](Device& d) { d.StartDataStream(1, true); }, "B5 B0 2B F3 07 01 0A" + kRefused + " | 3 in 3500",
      ErrorBadAcknowledge},
@@ -156,33 +167,52 @@ const struct Row {
      ErrorDeviceResponse},
     {"a point at once, its announcement refused", [](Port& p) { p.once[0xB1] = kWrong; },
      [](Device& d) { d.GoToDevicePosition(0, 0, 0, 0); },
-     "B5 B0 2B B1 09 05 00 00 0A" + kRefused + " | " + kState + kAnswered + " | 2 in 2000 | B5 B0 2B F1 06 0A" + kAnswered,
+     "B5 B0 2B B1 09 05 00 00 0A" + kRefused + " | " + kState + kAnswered + " | 2 in 2000 | B5 B0 2B F1 06 0A" +
+         kAnswered,
      ErrorNone},
-    {"a move, all of it refused", [](Port& p) { for (int c : {0xF2, 0xB1, 0xF3, 0xF1}) p.answers[static_cast<uint8_t>(c)] = kWrong; },
+    {"a move, all of it refused",
+     [](Port& p) {
+       for (int c : {0xF2, 0xB1, 0xF3, 0xF1}) p.answers[static_cast<uint8_t>(c)] = kWrong;
+     },
      [](Device& d) { d.GoToDevicePosition(0, 0, 0, 1); },
-     "B5 B0 2B F2 06 0A" + kRefused + " | B5 B0 2B B1 09 69 00 00 0A" + kRefused + " | B5 B0 2B F3 07 01 0A" + kRefused +
-         " | 3 in 3500 | " + kReset + " | B5 B0 2B B1 09 05 00 00 0A" + kRefused + " | B5 B0 2B F1 06 0A" + kRefused,
+     "B5 B0 2B F2 06 0A" + kRefused + " | B5 B0 2B B1 09 69 00 00 0A" + kRefused + " | B5 B0 2B F3 07 01 0A" +
+         kRefused + " | 3 in 3500 | " + kReset + " | B5 B0 2B B1 09 05 00 00 0A" + kRefused + " | B5 B0 2B F1 06 0A" +
+         kRefused,
      ErrorBadAcknowledge},
     // Sensing and tracking.
     {"a reading, refused", [](Port& p) { p.once[0xA0] = kWrong; }, [](Device& d) { d.GetAnalogInputValue(0); },
      "B5 B0 2B A0 06 0A" + kRefused + " | 2 in 2000", ErrorBadAcknowledge},
     {"a capture", [](Port&) {}, [](Device& d) { Capture(d, 100000); },
      "B5 B0 2B A4 09 A0 86 01 0A | 3 in 2000 | B5 B0 2B A5 06 0A | 3 in 2000 | 500000 in 2000", ErrorNone},
-    {"a capture, refused", [](Port& p) { p.once[0xA4] = kWrong, p.once[0xA5] = kWrong; }, [](Device& d) { Capture(d, 2); },
-     "B5 B0 2B A4 09 02 00 00 0A" + kRefused + " | B5 B0 2B A5 06 0A" + kRefused + " | 10 in 2000", ErrorBadAcknowledge},
-    {"what has come of a stream", [](Port&) {},
-     [](Device& d) { std::vector<float> v(32768); d.GetAnalogInputStream(v.data(), nullptr, 0); }, "131072 at once",
-     ErrorNone},
-    {"track parameters, refused", [](Port& p) { p.once[0x90] = kWrong; },
-     [](Device& d) { ZRVTrackParams track; d.GetTrackParams(&track); }, "B5 B0 2B 90 06 0A" + kRefused + " | line 1000",
+    {"a capture, refused", [](Port& p) { p.once[0xA4] = kWrong, p.once[0xA5] = kWrong; },
+     [](Device& d) { Capture(d, 2); },
+     "B5 B0 2B A4 09 02 00 00 0A" + kRefused + " | B5 B0 2B A5 06 0A" + kRefused + " | 10 in 2000",
      ErrorBadAcknowledge},
+    {"what has come of a stream", [](Port&) {},
+     [](Device& d) {
+       std::vector<float> v(32768);
+       d.GetAnalogInputStream(v.data(), nullptr, 0);
+     },
+     "131072 at once", ErrorNone},
+    {"track parameters, refused", [](Port& p) { p.once[0x90] = kWrong; },
+     [](Device& d) {
+       ZRVTrackParams track;
+       d.GetTrackParams(&track);
+     },
+     "B5 B0 2B 90 06 0A" + kRefused + " | line 1000", ErrorBadAcknowledge},
     {"track parameters, cut", [](Port& p) { p.once[0x90] = Head(p.answers[0x90], 13); },
-     [](Device& d) { ZRVTrackParams track; d.GetTrackParams(&track); },
+     [](Device& d) {
+       ZRVTrackParams track;
+       d.GetTrackParams(&track);
+     },
      "B5 B0 2B 90 06 0A | 3 in 2000 | line 1000 | 2 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 1 in 50 | 1 in 50",
      ErrorDeviceResponse},
     {"track status, refused", [](Port& p) { p.once[0x92] = kWrong; },
-     [](Device& d) { ZRVTrackStatus status{}; d.GetTrackStatus(&status); }, "B5 B0 2B 92 06 0A" + kRefused + " | 6 in 2000",
-     ErrorDeviceResponse},
+     [](Device& d) {
+       ZRVTrackStatus status{};
+       d.GetTrackStatus(&status);
+     },
+     "B5 B0 2B 92 06 0A" + kRefused + " | 6 in 2000", ErrorDeviceResponse},
     {"track integrals, refused", [](Port& p) { p.once[0x91] = kWrong; }, Integrals,
      "B5 B0 2B 91 06 0A" + kRefused + " | 4 in 2000", ErrorBadAcknowledge},
 };
@@ -225,10 +255,13 @@ TEST_F(Events, OfConnecting) {
     fresh.ConnectDevice(transport);
     const std::string check = kReset + " | " + kMode0 + " | ";
     const std::string tried = check + "B5 B0 2B E0 06 0A" + kRefused + " | pause 100 | " + check + kIdentified;
-    const std::string moved = " | B5 B0 2B BF 0A 00 80 00 80 0A | B5 B0 2B F2 06 0A | 3 in 2000 | 9 in 2000 | "
-                              "B5 B0 2B B1 09 ED 03 00 0A | 3 in 2000 | B5 B0 2B B2 06 0A | 3 in 2000 | 1005 bytes | 3 in 2000 | "
-                              "B5 B0 2B F3 07 01 0A | 3 in 2000 | 3 in 3500 | " + kBlock + " | FF 7F FF 7F 00 | 3 in 2000 | "
-                              "B5 B0 2B F1 06 0A | 3 in 2000 | B5 B0 2B D8 06 0A | 3 in 2000";
+    const std::string moved =
+        " | B5 B0 2B BF 0A 00 80 00 80 0A | B5 B0 2B F2 06 0A | 3 in 2000 | 9 in 2000 | "
+        "B5 B0 2B B1 09 ED 03 00 0A | 3 in 2000 | B5 B0 2B B2 06 0A | 3 in 2000 | 1005 bytes | 3 in 2000 | "
+        "B5 B0 2B F3 07 01 0A | 3 in 2000 | 3 in 3500 | " +
+        kBlock +
+        " | FF 7F FF 7F 00 | 3 in 2000 | "
+        "B5 B0 2B F1 06 0A | 3 in 2000 | B5 B0 2B D8 06 0A | 3 in 2000";
     EXPECT_EQ(transport->TakeEvents(), tried + moved) << preset;
     EXPECT_EQ(fresh.GetLastError(), ErrorNone);
   }
@@ -295,7 +328,8 @@ TEST_F(Events, AnUnknownFormatSendsWhatTheAreaHolds) {
     const std::string sent = Sent([&] { device.SendDataStream(zero.data(), zero.data(), m.data(), 6, 0, false); });
     return sent.substr(sent.rfind('|') + 2);
   };
-  // The length that was announced, then the rest of what was sent, read and packed before: connecting centred the mirror.
+  // The length that was announced, then the rest of what was sent, read and packed before: connecting centred the
+  // mirror.
   port->Answer(0xF2, kAck + FromHex("11 22 33 44 55 66 77 88 99"));
   device.StopDataStream();
   EXPECT_EQ(block().substr(0, 30), "1E 00 00 44 55 66 77 88 99 00 ");

@@ -17,10 +17,16 @@ namespace zrv::testing {
 
 struct FakeKernel {
   // How a read or write goes that is begun.
-  enum class Io { kDoneAtOnce, kPendsThenDone, kPendsForEver, kDoneWhileCancelled, kWaitFails };
+  enum class Io {
+    kDoneAtOnce,
+    kPendsThenDone,
+    kPendsForEver,
+    kDoneWhileCancelled,
+    kWaitFails
+  };
 
   // What a test sets.
-  std::string failing;       // the call that fails; empty: none
+  std::string failing;  // the call that fails; empty: none
   Io io = Io::kDoneAtOnce;
   DWORD cancelledAfter = 0;  // bytes moved when a pending operation is cancelled
   std::string deviceNames;   // each ended by a NUL

@@ -48,7 +48,8 @@ TEST_F(FlatInterface, RecordsTravelByValueAndResultsMayBeUnwanted) {
   EXPECT_EQ(ZRVGetDeviceParamAxis(device, ParamOutputOffsets, 1), -1);
   ZRVDataGenerator* generator = ZRVCreateDataGenerator();
   const auto raster = [&](unsigned int* sps) {
-    return ZRVLinearRasterPattern(generator, nullptr, nullptr, nullptr, 1, 1, 10, 20, 0.02f, true, false, 3, 0, sps, 1, 20000);
+    return ZRVLinearRasterPattern(generator, nullptr, nullptr, nullptr, 1, 1, 10, 20, 0.02f, true, false, 3, 0, sps, 1,
+                                  20000);
   };
   unsigned int sps = 0;
   EXPECT_GT(raster(nullptr), 0u);

@@ -161,8 +161,8 @@ TEST_F(ParamFiles, OddLines) {
 }
 
 TEST_F(ParamFiles, AbsurdNumbersSaturate) {
-  const std::pair<const char*, unsigned> kCases[] = {
-      {"-1e30", 0}, {"1e30", 4294967295u}, {"2.5", 3}, {"2.4", 2}, {"1e-40", 0}, {"20000.49", 20000}};
+  const std::pair<const char*, unsigned> kCases[] = {{"-1e30", 0}, {"1e30", 4294967295u}, {"2.5", 3},
+                                                     {"2.4", 2},   {"1e-40", 0},          {"20000.49", 20000}};
   for (const auto& [text, value] : kCases) {
     EXPECT_EQ(Loaded(std::string("SampleRate = ") + text + "\n").SampleRate, value) << text;
   }
@@ -178,7 +178,7 @@ TEST_F(ParamFiles, OddHeaders) {
       "enum ZRVAxes{\r\n"
       "\tA\t= 0,\r\n"
       "  B= 1, /* = 7 */\n"
-      "  C =2,\n"      // no "= ": not a member
+      "  C =2,\n"  // no "= ": not a member
       "  D = x,\n"
       "  E = -3,\n"
       "  LongName = 5,\n"
@@ -187,7 +187,7 @@ TEST_F(ParamFiles, OddHeaders) {
   const std::pair<int, const char*> kNames[] = {{0, "A"}, {1, "B"}, {2, ""}, {-3, "E"}, {6, "Long"}, {8, ""}};
   for (const auto& [value, name] : kNames) EXPECT_EQ(NameOf("ZRVAxes", value), name) << value;
   const std::pair<const char*, float> kValues[] = {{"Long", 6}, {"B", 1}, {"D", 1e9f}, {"E", -3},  // not of LongName
-                                                   {"Name", 5},   // what stands before a name is not looked at
+                                                   {"Name", 5},    // what stands before a name is not looked at
                                                    {"is", 1e9f}};  // a line without a value
   for (const auto& [name, value] : kValues) EXPECT_EQ(ValueOf(name), value) << name;
 }

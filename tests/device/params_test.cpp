@@ -102,8 +102,9 @@ TEST_F(Params, ARefusedSetterKeepsTheOldValue) {
 
 TEST_F(Params, TheRecordIsReadFieldByField) {
   const std::string names = "ZR-INFO\n" + std::string(79, 'n') + "\nFW 3.2\nUSB\n" + std::string(18, 'm') + "\n";
-  port->Answer(0xE0, kAck + Text(names) + Bytes{0x00, 0x10, 0x0E, 0x20, 0x4E, 0x00, 0xD0, 0x07, 0xFF, 0x3F, 0x00, 0x40,
-                                                130, 70, 60, 1, 2, 3, 4, 0x07, 0x61, 5, 6, 7, 8, 9, 10, 11, 12});
+  port->Answer(0xE0, kAck + Text(names) + Bytes{0x00, 0x10, 0x0E, 0x20, 0x4E, 0x00, 0xD0, 0x07, 0xFF, 0x3F,
+                                                0x00, 0x40, 130,  70,   60,   1,    2,    3,    4,    0x07,
+                                                0x61, 5,    6,    7,    8,    9,    10,   11,   12});
   port->Answer(0xE4, kAck + FromHex("00 C0 01 40"));
   device.GetDeviceParams(&p);
   EXPECT_EQ(device.GetLastError(), ErrorNone);
@@ -143,7 +144,7 @@ TEST_F(Params, AnIdentificationOrLimitsCutShortAreNotTrusted) {
 // What does not arrive stays as it was, in the device's record and in the caller's, the limits included.
 TEST_F(Params, ACutRecordKeepsWhatDidNotArrive) {
   Bytes other = kIdentification, otherLimits = kLimits;
-  other[kAck.size() + 8] = 'W';                         // "Wench 1"
+  other[kAck.size() + 8] = 'W';  // "Wench 1"
   std::fill(other.end() - 29, other.end(), uint8_t{1});
   std::fill(otherLimits.end() - 22, otherLimits.end(), uint8_t{2});
   const ZRVDeviceParams& own = StateOf(device).params;
@@ -180,12 +181,12 @@ TEST_F(Params, ARecordSendsWhatChangedAndKeepsTheWorstError) {
   EXPECT_EQ(SentRecord(), "");
   EXPECT_EQ(device.GetLastError(), ErrorNone);
   p.SampleRate = 1000;
-  p.Vbias = 1e9f;                   // not given
-  p.BufferOffset = 1000000000;      // not given
+  p.Vbias = 1e9f;               // not given
+  p.BufferOffset = 1000000000;  // not given
   p.DeviceAxes = AxesSwap;
-  p.DigitalOutputEnable = 2;        // refused
+  p.DigitalOutputEnable = 2;  // refused
   p.XOffset = 0.25f;
-  p.YOffset = 1e9f;                 // not given: Y stays
+  p.YOffset = 1e9f;  // not given: Y stays
   p.SyncMode = static_cast<ZRVSync>(1000000000);
   EXPECT_EQ(SentRecord(), "B5 B0 2B E8 09 E8 03 00 0A | B5 B0 2B BF 0A 00 A0 00 80 0A | B5 B0 2B E7 07 04 0A");
   EXPECT_EQ(device.GetLastError(), ErrorInvalidValue);

@@ -28,7 +28,7 @@ TEST_F(Position, AMoveRunsFromTheStopThenHolds) {
 }
 
 TEST_F(Position, LengthOfAMove) {
-  const std::tuple<float, unsigned, std::string> kCases[] = {{1000, 1, "14 00 00"},       // 5 bytes a sample
+  const std::tuple<float, unsigned, std::string> kCases[] = {{1000, 1, "14 00 00"},  // 5 bytes a sample
                                                              {1000, 4, "19 00 00"},
                                                              {5000, 100000, "4D E8 01"},  // 5 s, 25001 samples
                                                              {50000, 5000, "F0 49 02"}};  // the controller's 30000

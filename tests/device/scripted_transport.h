@@ -38,28 +38,33 @@ constexpr const char* kResync = "0A | 0A | 0A";
 
 // A controller "Bench 1" at 20000 samples/s, filter 2000 Hz on, 130 V, bias 70 V, difference 60 V, nothing
 // enabled, sample format 0; limits 300..50000 samples/s, 30000 samples, 10..9000 Hz, bias 5..90 V.
-inline const Bytes kIdentification =
-    kAck + Text("ZR-INFO\nBench 1\nFW 3.2\nUSB\n00:11:22:33:44:55\n") +
-    Bytes{0x00, 0x10, 0x0E,        // 921600 baud
-          0x20, 0x4E, 0x00,        // 20000 samples/s
-          0xD0, 0x07,              // 2000 Hz
-          0xFF, 0x7F, 0xFF, 0x7F,  // scale 1, rotation: cosine 1
-          130, 70, 60,             // volts
-          0, 0, 0, 0,              // axes, driver, outputs, laser
-          0x00, 0x01, 0x00, 0x00,  // state: filter on; error register
-          0, 0, 0, 0, 0, 0};       // buffer offset, boot, data mode
-inline const Bytes kLimits = kAck + Text("ZR-INFO\n") +
-                             Bytes{0x2C, 0x01, 0x00, 0x50, 0xC3, 0x00, 0x01, 0x00, 0x00, 0x30, 0x75, 0x00,
-                                   0x0A, 0x00, 0x28, 0x23, 1,    2,    3,    4,    5,    90};
+inline const Bytes kIdentification = kAck + Text("ZR-INFO\nBench 1\nFW 3.2\nUSB\n00:11:22:33:44:55\n") +
+                                     Bytes{0x00, 0x10, 0x0E,               // 921600 baud
+                                           0x20, 0x4E, 0x00,               // 20000 samples/s
+                                           0xD0, 0x07,                     // 2000 Hz
+                                           0xFF, 0x7F, 0xFF, 0x7F,         // scale 1, rotation: cosine 1
+                                           130,  70,   60,                 // volts
+                                           0,    0,    0,    0,            // axes, driver, outputs, laser
+                                           0x00, 0x01, 0x00, 0x00,         // state: filter on; error register
+                                           0,    0,    0,    0,    0, 0};  // buffer offset, boot, data mode
+inline const Bytes kLimits =
+    kAck + Text("ZR-INFO\n") + Bytes{0x2C, 0x01, 0x00, 0x50, 0xC3, 0x00, 0x01, 0x00, 0x00, 0x30, 0x75,
+                                     0x00, 0x0A, 0x00, 0x28, 0x23, 1,    2,    3,    4,    5,    90};
 
 // What follows a command where it is not the acknowledgement alone: nothing after those that hosts do not wait for.
 inline std::map<uint8_t, Bytes> AnswersToAll() {
   const Bytes zero = LE16(32768);
-  std::map<uint8_t, Bytes> answers = {
-      {0x90, kAck + Text("ZR-INFO\n") + Bytes{0xFF, 0x3F, 63, 0x80, 40, 255, 5}}, {0xA0, kAck + zero},
-      {0xA1, kAck + zero}, {0xA6, kAck + zero}, {0xE0, kIdentification}, {0xE1, kLimits}, {0xE2, kAck + Bytes(3)},
-      {0xE4, kAck + zero + zero}, {0xF2, kAck + zero + zero + Bytes(5)}, {0xF3, kAck + kAck},
-      {0xF4, kAck + LE16(0x100)}};
+  std::map<uint8_t, Bytes> answers = {{0x90, kAck + Text("ZR-INFO\n") + Bytes{0xFF, 0x3F, 63, 0x80, 40, 255, 5}},
+                                      {0xA0, kAck + zero},
+                                      {0xA1, kAck + zero},
+                                      {0xA6, kAck + zero},
+                                      {0xE0, kIdentification},
+                                      {0xE1, kLimits},
+                                      {0xE2, kAck + Bytes(3)},
+                                      {0xE4, kAck + zero + zero},
+                                      {0xF2, kAck + zero + zero + Bytes(5)},
+                                      {0xF3, kAck + kAck},
+                                      {0xF4, kAck + LE16(0x100)}};
   for (const int code : {0x95, 0x96, 0x97, 0x98, 0x99, 0x9A, 0xB0, 0xB5, 0xBF, 0xE9, 0xEC}) {
     answers[static_cast<uint8_t>(code)];
   }
@@ -71,7 +76,7 @@ struct Script {
   std::map<uint8_t, Bytes> answers = AnswersToAll();
   std::map<uint8_t, Bytes> once;  // instead, the first time
   Bytes afterBlock = kAck;
-  Bytes afterPurges;  // once the two purges of a resynchronisation are done
+  Bytes afterPurges;      // once the two purges of a resynchronisation are done
   int failingWrites = 0;  // of the next ones
   bool purgesFail = false, blockFails = false;
   bool fills = true;  // what does not arrive, as a transport should

@@ -58,7 +58,7 @@ TEST_F(FaultyKernel, EachCallOfTheOpenSequenceFails) {
     int status;
     size_t handlesLeft;
   } cases[] = {
-      {"CreateFileA", 2, 0},  {"CreateEventA", 4, 0},          {"SetupComm", 4, 0},
+      {"CreateFileA", 2, 0},           {"CreateEventA", 4, 0},  {"SetupComm", 4, 0},
       {"SetCommMask", 4, 2},  // the port stays open
       {"GetDefaultCommConfigA", 0, 2}, {"SetCommConfig", 0, 2}, {"GetCommTimeouts", 0, 2},
       {"SetCommTimeouts", 0, 2},       {"GetCommState", 0, 2},  {"SetCommState", 0, 2},
@@ -152,7 +152,8 @@ TEST_F(FaultyKernel, ReadModesSetTheReadTimeoutsAndKeepThoseOfWrites) {
       byRead ? void(port.Read(buffer, 4, nullptr, 100, mode)) : port.SetReadTimeoutMode(mode);
       EXPECT_THAT((std::vector<DWORD>{t.ReadIntervalTimeout, t.ReadTotalTimeoutMultiplier, t.ReadTotalTimeoutConstant,
                                       t.WriteTotalTimeoutMultiplier, t.WriteTotalTimeoutConstant}),
-                  ElementsAre(interval, total, total, 5, 6)) << mode;
+                  ElementsAre(interval, total, total, 5, 6))
+          << mode;
     }
   }
 }

@@ -4,7 +4,10 @@
 namespace zrv::testing {
 namespace {
 
-#define CALL(call) {#call, [&] { call; }}
+#define CALL(call)       \
+  {                      \
+#call, [&] { call; } \
+  }
 
 TEST(Unconnected, EveryCallSaysSo) {
   ZRVDevice device;

@@ -59,8 +59,8 @@ TEST(Packing, GammaCurvesFollowTheFormula) {
 
 // Positions within and beyond the field, and those that a careless conversion takes for something else.
 float AnyPosition(std::mt19937& random) {
-  constexpr float kSpecial[] = {0.0f, -0.0f, 1.0f, -1.0f, kNaN, -kNaN, kInfinity, -kInfinity, 3e38f, -3e38f, 1e-45f,
-                                0.99999994f, -0.99999994f, 1.0000001f, -1.0000001f};
+  constexpr float kSpecial[] = {0.0f,  -0.0f,  1.0f,   -1.0f,       kNaN,         -kNaN,      kInfinity,  -kInfinity,
+                                3e38f, -3e38f, 1e-45f, 0.99999994f, -0.99999994f, 1.0000001f, -1.0000001f};
   if (random() % 8 == 0) return kSpecial[random() % std::size(kSpecial)];
   return std::uniform_real_distribution<float>(-1.2f, 1.2f)(random);
 }
@@ -77,8 +77,8 @@ void CheckBlock(uint32_t format, const SampleSource& block) {
     const SampleSource one = {&block.x[j], &block.y[j], &block.m[jd], &block.colours[jd], block.gamma, 1, 0, 0};
     PackSamples(format, one, &expected[k * width]);
   }
-  ASSERT_TRUE(out == expected)
-      << "format " << format << " count " << block.count << " start " << block.start << " delay " << block.delay;
+  ASSERT_TRUE(out == expected) << "format " << format << " count " << block.count << " start " << block.start
+                               << " delay " << block.delay;
 }
 
 // Blocks about the lengths where an inner loop hands over to another, all wraps included.
@@ -120,10 +120,15 @@ TEST_F(Stream, MarksAreDelayed) {
     ZRVDataMode mode;
     unsigned delay;
     int firstMark;
-  } kCases[] = {{kFiltered, DataModeBuffer, 0, 1}, {kFiltered, DataModeAnalogVoltsRaw, 0, 0},
-                {kFiltered, DataModeAnalogNormalized, 0, 0}, {kFiltered, DataModeOrBEX1, 0, 1},
-                {0, DataModeBuffer, 0, 0}, {0, DataModeBuffer, 1, 3}, {0, DataModeBuffer, 4, 1},
-                {0, DataModeBuffer, 0xFFFFFFFF, 1}, {kFiltered, DataModeBuffer, 0xFFFFFFFF, 1}};
+  } kCases[] = {{kFiltered, DataModeBuffer, 0, 1},
+                {kFiltered, DataModeAnalogVoltsRaw, 0, 0},
+                {kFiltered, DataModeAnalogNormalized, 0, 0},
+                {kFiltered, DataModeOrBEX1, 0, 1},
+                {0, DataModeBuffer, 0, 0},
+                {0, DataModeBuffer, 1, 3},
+                {0, DataModeBuffer, 4, 1},
+                {0, DataModeBuffer, 0xFFFFFFFF, 1},
+                {kFiltered, DataModeBuffer, 0xFFFFFFFF, 1}};
   for (const auto& c : kCases) {
     SetState(c.state);
     if (device.GetDeviceParam(ParamDataMode) != static_cast<float>(c.mode)) SetMode(c.mode);
@@ -156,8 +161,10 @@ TEST_F(Stream, TheBlockBeginsNearestToTheStopPosition) {
     const char* name;
     float x[4];
     const char* firstMark;
-  } kCases[] = {{"the nearest", {-1, 0, 0.4f, 0.9f}, "0C"}, {"the last", {-1, -1, -1, 1}, "0D"},
-                {"the first of equals", {-1, 0.5f, 0.5f, -1}, "0B"}, {"NaN", {kNaN, kNaN, kNaN, kNaN}, "0A"}};
+  } kCases[] = {{"the nearest", {-1, 0, 0.4f, 0.9f}, "0C"},
+                {"the last", {-1, -1, -1, 1}, "0D"},
+                {"the first of equals", {-1, 0.5f, 0.5f, -1}, "0B"},
+                {"NaN", {kNaN, kNaN, kNaN, kNaN}, "0A"}};
   for (auto c : kCases) EXPECT_EQ(SentBlock(c.x, c.x, 4, 0, true).substr(49 + 12, 2), c.firstMark) << c.name;
 }
 

@@ -1,5 +1,5 @@
-// What the headers promise about threads: devices and generators share nothing, so that each thread may use its own. The
-// sanitizer run (scripts/test --sanitize) has these watched for data races.
+// What the headers promise about threads: devices and generators share nothing, so that each thread may use its own.
+// The sanitizer run (scripts/test --sanitize) has these watched for data races.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -45,7 +45,8 @@ Samples Draw(int seed) {
   for (unsigned i = 1; i <= 50; ++i) {
     const unsigned corners = g.SpirographCurve(x.data(), y.data(), m.data(), 100, 4, 0, 0.9f, seed, 2, 3);
     Samples sx(3000), sy(3000);
-    g.InterpolateData(x.data(), y.data(), m.data(), sx.data(), sy.data(), m.data() + 100, corners, 1000 + i, 2, 0.2f, 0.2f);
+    g.InterpolateData(x.data(), y.data(), m.data(), sx.data(), sy.data(), m.data() + 100, corners, 1000 + i, 2, 0.2f,
+                      0.2f);
     g.SetupSoftwareFilter(1 + i % 6, 5, 1000, 20000, true);
     g.FilterData(sx.data(), sy.data(), sx.data(), sy.data(), 1000, true);
     all.insert(all.end(), sx.begin(), sx.begin() + 1000);

@@ -47,8 +47,8 @@ TEST(Families, ComplexResponseMatchesKnownValues) {
     }
   }
   // The integral of the squared Legendre sums, in exact fractions.
-  for (const auto& [order, gain] : {std::pair{2u, 0.68591222807305}, {13, 0.257307054085022},
-                                    {20, 0.0743355916130236}}) {
+  for (const auto& [order, gain] :
+       {std::pair{2u, 0.68591222807305}, {13, 0.257307054085022}, {20, 0.0743355916130236}}) {
     EXPECT_NEAR(std::abs(ResponseAt(Find("Legendre").make(order, 0.2), 0.2, 1.03)), gain, 1e-9) << order;
   }
 }

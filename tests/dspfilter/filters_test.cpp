@@ -155,8 +155,8 @@ TEST(Generic, FollowsTheDifferenceEquation) {
 
 TEST(Generic, ImpossibleCoefficientsGiveNoFilterAndUnstableOnesStartAgain) {
   const std::pair<std::vector<double>, std::vector<double>> kImpossible[] = {
-      {{1, 1}, {0, 1}}, {{1, kNanD}, {1, 0}}, {{1, 0}, {kInfinity, 0}}, {{1, 0}, {1, kNanD}},
-      {{1, 0}, {1}}, {{1e300, 0}, {1e-300, 0}}};  // a block too short, a quotient that overflows
+      {{1, 1}, {0, 1}}, {{1, kNanD}, {1, 0}},     {{1, 0}, {kInfinity, 0}}, {{1, 0}, {1, kNanD}},
+      {{1, 0}, {1}},    {{1e300, 0}, {1e-300, 0}}};  // a block too short, a quotient that overflows
   for (const auto& [b, a] : kImpossible) EXPECT_EQ(Dsp::IIRGeneric::Create(1, 1, b, a), nullptr) << b[0] << a[0];
   const double b[] = {1, 0}, a[] = {1, -1e10};
   const Samples grown = Filtered(*Dsp::IIRGeneric::Create(1, 1, b, a), Samples(200, 1.0f));

@@ -219,8 +219,8 @@ TEST_F(Composites, WaysOfClosing) {
   EXPECT_EQ(drawn[ClosingRetrace], drawn[ClosingLeftOut]);
 }
 
-// A glyph that is drawn backwards leaves its last byte unwritten; what that was before must not show. Glyph 14, drawn so,
-// is a closed triangle.
+// A glyph that is drawn backwards leaves its last byte unwritten; what that was before must not show. Glyph 14, drawn
+// so, is a closed triangle.
 TEST_F(Composites, ATextIsTheSameWhateverWasMadeBefore) {
   Bytes font = Words({15, 0, 1, 4, 0, 0});
   for (int i = 0; i < 14; ++i) font += Words({0, 0, 0, 0});

@@ -13,9 +13,7 @@ TEST(Curves, KnownPoints) {
     return [=](auto... to) { return Generator::SpirographCurve(to..., n, type, 0, 0.6f, a, b, pen); };
   };
   const auto lissajous = [](unsigned n, unsigned wave, unsigned modulate) {  // 1 : 2, modulated at 2
-    return [=](auto... to) {
-      return Generator::LissajousCurve(to..., n, wave, 1, 1, 2, 0, modulate, 1, 2, kPi / 2);
-    };
+    return [=](auto... to) { return Generator::LissajousCurve(to..., n, wave, 1, 1, 2, 0, modulate, 1, 2, kPi / 2); };
   };
   ExpectFigure("two turns of a spiral in quarter turns, radius i / 8",
                [](auto... to) { return Generator::SpiralCurve(to..., 8, 0.8f, 0.4f, 2, 0); },
@@ -35,8 +33,7 @@ TEST(Curves, KnownPoints) {
   ExpectFigure("ellipse 4 by 2", spirograph(4, 4, 2, 1, 3), {{0.6, 0}, {0, -0.3}, {-0.6, 0}, {0, 0.3}});
   ExpectFigure("without radius and pen", spirograph(2, 4, 3, 3, 0), {{0, 0}, {0, 0}});
   ExpectFigure("an unknown figure is all centre", spirograph(2, 5, 3, 0, 1), {{0, 0}, {0, 0}});
-  ExpectFigure("Lissajous", lissajous(8, 0, 0),
-               {{0, 0}, {r, 1}, {1, 0}, {r, -1}, {0, 0}, {-r, 1}, {-1, 0}, {-r, -1}});
+  ExpectFigure("Lissajous", lissajous(8, 0, 0), {{0, 0}, {r, 1}, {1, 0}, {r, -1}, {0, 0}, {-r, 1}, {-1, 0}, {-r, -1}});
   ExpectFigure("of triangles", lissajous(8, 1, 0),
                {{0, 0}, {0.5, 1}, {1, 0}, {0.5, -1}, {0, 0}, {-0.5, 1}, {-1, 0}, {-0.5, -1}});
   // x: (1 - sin(2a) / 2) sin a; y: (1 - cos(2a) / 2) sin(2a)
@@ -46,9 +43,19 @@ TEST(Curves, KnownPoints) {
   ExpectFigure("its phase modulated", lissajous(8, 0, 2),
                {{0, s}, {t, 1}, {1, s}, {t, -1}, {0, s}, {-t, 1}, {-1, s}, {-t, -1}});
   ExpectFigure("three o'clock", [](auto... to) { return Generator::AnalogClockCurve(to..., 3, 0, 0, 0.5f); },
-               {{0, 0}, {-0.015, 0}, {0, 0.5}, {0.015, 0},   // seconds
-                {0, 0}, {-0.035, 0}, {0, 0.4}, {0.035, 0},   // minutes
-                {0, 0}, {0, 0.05}, {0.25, 0}, {0, -0.05}, {0, 0}});
+               {{0, 0},
+                {-0.015, 0},
+                {0, 0.5},
+                {0.015, 0},  // seconds
+                {0, 0},
+                {-0.035, 0},
+                {0, 0.4},
+                {0.035, 0},  // minutes
+                {0, 0},
+                {0, 0.05},
+                {0.25, 0},
+                {0, -0.05},
+                {0, 0}});
   ExpectFigure("bounces and slows",
                [](auto... to) { return Generator::DynamicsCurve(to..., 4, 0.9f, 0, 0.2f, 0, 0, 0, 0.5f); },
                {{0.9, 0}, {0.8, 0}, {0.7, 0}, {0.6, 0}});

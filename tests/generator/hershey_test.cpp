@@ -117,8 +117,7 @@ TEST(FontBuilder, WritesWhatTheLoaderReads) {
   builder.AddSymbols({{12345, none}, {12345, dot}});
   builder.AddOriental({{12345, stroke}});
   const zrv::HersheyFont font = zrv::DecodeHersheyFont(builder.Build());
-  EXPECT_EQ((std::vector{font.occidental.Size(), font.oriental.Size(), font.fontCount}),
-            (std::vector{4003u, 1u, 2u}));
+  EXPECT_EQ((std::vector{font.occidental.Size(), font.oriental.Size(), font.fontCount}), (std::vector{4003u, 1u, 2u}));
   EXPECT_EQ((std::vector{font.Entry(0, 0), font.Entry(0, 1), font.Entry(0, 2)}), (std::vector{4000, 7, 4001}));
   EXPECT_EQ((std::vector{font.Entry(1, 0), font.Entry(1, 1), font.Entry(1, 2), font.Entry(1, 3)}),
             (std::vector{4000, 4001, 4002, -1}));

@@ -47,7 +47,8 @@ TEST(Ilda, WhatIsThereIsKeptWhateverTheCountsSay) {
                          unsigned type) {
     const zrv::IldaDrawing d = zrv::DecodeIlda(file);
     EXPECT_EQ((std::vector{d.frameCount, d.TotalPoints(), d.largestFrame, d.frameType}),
-              (std::vector{frames, points, largest, type})) << name;
+              (std::vector{frames, points, largest, type}))
+        << name;
     EXPECT_LE(d.frameEnds.size(), file.size() / 32) << name;  // memory follows the file, not its counts
   };
   expect("whole", two, 2, 5, 3, 0);
@@ -70,8 +71,8 @@ struct Stream {
     const auto n = static_cast<unsigned>(frames.size());
     const unsigned room = g.IldaAnimSize(frames.data(), n) + n;
     out = Points(room + 8);
-    count = g.IldaDataStream(out.x.data(), out.y.data(), out.m.data(), out.index.data(), frames.data(), n, 1, 0,
-                             angleX, angleY, close);
+    count = g.IldaDataStream(out.x.data(), out.y.data(), out.m.data(), out.index.data(), frames.data(), n, 1, 0, angleX,
+                             angleY, close);
     EXPECT_LE(count, room);
     EXPECT_TRUE(out.UntouchedFrom(room));
   }

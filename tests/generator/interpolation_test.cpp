@@ -4,7 +4,12 @@ namespace {
 
 using namespace zrv_test;
 
-enum class Profile { front, linear, trapezoidal, optimized };
+enum class Profile {
+  front,
+  linear,
+  trapezoidal,
+  optimized
+};
 
 struct Settings {
   Profile profile;
@@ -98,25 +103,25 @@ TEST(Interpolation, SamplesOfEachSegment) {
   };
   // Four drawn sides and a blank return of 1: at speed 4 floor(100 / 17) = 5 for it, 23.75 for each side.
   expect("blank segments go faster", {Profile::linear, 4}, 100,
-       {{0, 0, 9}, {1, 0, 9}, {1, 1, 9}, {0, 1, 9}, {0, 0, 0}, {1, 0, 3}}, 4 * 23 + 5 + 1, {9, 0}, {4 * 23, 5});
-  expect("one sample a segment at least", kLinear, 2,
-       {{0, 0, 0}, {1, 0, 0}, {0, 0, 0}, {1, 0, 4}, {0, 0, 4}}, 5, {0}, {3});
+         {{0, 0, 9}, {1, 0, 9}, {1, 1, 9}, {0, 1, 9}, {0, 0, 0}, {1, 0, 3}}, 4 * 23 + 5 + 1, {9, 0}, {4 * 23, 5});
+  expect("one sample a segment at least", kLinear, 2, {{0, 0, 0}, {1, 0, 0}, {0, 0, 0}, {1, 0, 4}, {0, 0, 4}}, 5, {0},
+         {3});
   // Nominal counts 2.5, 2.5, 5; the last keypoint is not written.
   expect("halves round up and the last takes the rest", kTrapezoidal, 10,
-       {{0, 0, 1}, {0.25f, 0, 2}, {0.5f, 0, 3}, {1, 0, 4}}, 10, {1, 2, 3, 4}, {3, 3, 4, 0});
-  expect("segments below a sample are extra", kTrapezoidal, 10,
-       {{0, 0, 1}, {0.001f, 0, 2}, {0.002f, 0, 3}, {1, 0, 4}}, 12, {1, 2, 3}, {1, 1, 10});
+         {{0, 0, 1}, {0.25f, 0, 2}, {0.5f, 0, 3}, {1, 0, 4}}, 10, {1, 2, 3, 4}, {3, 3, 4, 0});
+  expect("segments below a sample are extra", kTrapezoidal, 10, {{0, 0, 1}, {0.001f, 0, 2}, {0.002f, 0, 3}, {1, 0, 4}},
+         12, {1, 2, 3}, {1, 1, 10});
   // Drawn out 1 and blank back 1, both ends reversals: weights 1.6 and 2 / 1.75 = 1.142857 of 2.742857.
   expect("blank segments weigh less", kOptimized, 96, {{0, 0, 1}, {1, 0, 0}, {0, 0, 1}}, 96, {1, 0}, {56, 40});
   // Of a total weight of about 2.9, 0.0001 has a share far below half a sample, 0.02 one of 0.69.
   expect("tiny segments vanish, short ones have one", kOptimized, 100,
-       {{0, 0, 1}, {0.0001f, 0, 2}, {0.0201f, 0, 3}, {1, 0, 4}, {0, 0, 5}}, 100, {1, 2}, {0, 1});
+         {{0, 0, 1}, {0.0001f, 0, 2}, {0.0201f, 0, 3}, {1, 0, 4}, {0, 0, 5}}, 100, {1, 2}, {0, 1});
   // Far outside the field the product of straight-on vectors comes out a bit above that of their lengths.
   // Weights 1.3, 1.3 and 2 * 1.6 of 5.8.
-  expect("large paths have corners too", kOptimized, 100,
-       {{0, 0, 1}, {30, 10, 2}, {60, 20, 3}, {0, 0, 4}}, 100, {1, 2, 3}, {22, 22, 56});
-  expect("no length gives all to the last", kOptimized, 50,
-       {{1, 1, 1}, {1, 1, 2}, {1, 1, 3}, {1, 1, 4}}, 50, {1, 2, 3}, {0, 0, 50});
+  expect("large paths have corners too", kOptimized, 100, {{0, 0, 1}, {30, 10, 2}, {60, 20, 3}, {0, 0, 4}}, 100,
+         {1, 2, 3}, {22, 22, 56});
+  expect("no length gives all to the last", kOptimized, 50, {{1, 1, 1}, {1, 1, 2}, {1, 1, 3}, {1, 1, 4}}, 50, {1, 2, 3},
+         {0, 0, 50});
 }
 
 TEST(InterpolateData, FrontDoor) {
@@ -126,7 +131,9 @@ TEST(InterpolateData, FrontDoor) {
     const Interpolated run(path, keypoints, samples, {Profile::front, 1, drawAccel, 0});
     EXPECT_EQ(run.count, count) << name;
     EXPECT_TRUE(run.out.UntouchedFrom(written)) << name;
-    if (written > 0) { EXPECT_NE(run.out.x[written - 1], kFloatCanary) << name; }
+    if (written > 0) {
+      EXPECT_NE(run.out.x[written - 1], kFloatCanary) << name;
+    }
   };
   expect("no keypoints", 0, 10, 0, 0, 0);
   expect("no samples", 3, 0, 0, 3, 0);
@@ -143,7 +150,8 @@ TEST(InterpolateData, ClampsItsParameters) {
   Random random(5);
   const Points path = RandomPath(random, 12);
   for (const auto& [wild, tame] : {std::pair<Settings, Settings>{{{}, 99, 3, 7}, {{}, 10, 0.5f, 0.5f}},
-                                   {{{}, 0, -1, -1}, {{}, 1, 0, 0}}, {{{}, NAN, NAN, NAN}, {{}, 1, 0, 0}}}) {
+                                   {{{}, 0, -1, -1}, {{}, 1, 0, 0}},
+                                   {{{}, NAN, NAN, NAN}, {{}, 1, 0, 0}}}) {
     const Interpolated a(path, 12, 300, wild), b(path, 12, 300, tame);
     EXPECT_TRUE(a.count == b.count && a.out.x == b.out.x && a.out.y == b.out.y && a.out.m == b.out.m);
   }

@@ -42,7 +42,10 @@ struct Burnt {
 // 3 lines of 4 pixels, the middle one blank; 10 samples a pixel at 40 kHz for lines of 1 ms.
 Job SmallJob(bool twoWay) {
   return {.raster = {10, 20, 30, 40, 1, 2, 3, 4, 50, 60, 70, 80},
-          .lastDark = {2, -1, 3}, .pixels = 4, .twoWay = twoWay, .maxSps = 40000};
+          .lastDark = {2, -1, 3},
+          .pixels = 4,
+          .twoWay = twoWay,
+          .maxSps = 40000};
 }
 
 // Of the picture, for its run-ups: lines of 40 samples are 39 steps long, and at each end 3 more are needed, half the
@@ -72,7 +75,8 @@ TEST(LaserWriter, BurnsEachPixelInItsPlaceAndOnlyUpToTheLastDark) {
 
 TEST(LaserWriter, GetsUpToSpeedAndComesToRestInTheDark) {
   const Burnt b(SmallJob(false));
-  const double step = kInside / 39, left = kInside * -0.5, y = kInside * -0.4;  // the pattern starts with the run-up of its first line: half a t^2 of 4 samples
+  const double step = kInside / 39, left = kInside * -0.5,
+               y = kInside * -0.4;  // the pattern starts with the run-up of its first line: half a t^2 of 4 samples
   for (size_t i = 0; i <= 4; ++i) {
     b.out.ExpectAt(i, {{left - 2 * step + static_cast<double>(i * i) / 8 * step, y}});
     EXPECT_EQ(b.out.m[i] == 0, i < 4);
@@ -86,8 +90,12 @@ TEST(LaserWriter, GetsUpToSpeedAndComesToRestInTheDark) {
 
 TEST(LaserWriter, RatesThatFitAndThoseThatDoNot) {
   const auto expect = [](const char* name, unsigned pixels, float duration, int minSps, int maxSps, unsigned sps) {
-    const Burnt b(Job{.raster = std::vector<unsigned char>(pixels, 9), .lastDark = {0}, .pixels = pixels,
-                      .duration = duration, .minSps = minSps, .maxSps = maxSps});
+    const Burnt b(Job{.raster = std::vector<unsigned char>(pixels, 9),
+                      .lastDark = {0},
+                      .pixels = pixels,
+                      .duration = duration,
+                      .minSps = minSps,
+                      .maxSps = maxSps});
     EXPECT_EQ(b.sps, sps) << name;  // 0: refused
     EXPECT_EQ(b.count != 0, sps != 0) << name;
   };

@@ -9,8 +9,8 @@ using zrv::PointColumns;
 
 TEST(PointFile, TheGrammarLineByLine) {
   zrv::PointFile file;
-  const auto expect = [&](const char* name, const char* text, unsigned sps, std::vector<float> x,
-                          std::vector<float> y, std::vector<uint8_t> m) {
+  const auto expect = [&](const char* name, const char* text, unsigned sps, std::vector<float> x, std::vector<float> y,
+                          std::vector<uint8_t> m) {
     file.Read(text, PointColumns::xym);
     EXPECT_EQ(file.sps, sps) << name;
     EXPECT_TRUE(file.x == x && file.y == y && file.m == m) << name;

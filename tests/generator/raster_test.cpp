@@ -11,7 +11,8 @@ TEST(RasterPlan, BudgetsWorkedOutByHand) {
                          size_t line = 0, size_t flyback = 0, size_t total = 0) {
     const zrv::RasterPlan plan = zrv::PlanRaster(ask).value_or(zrv::RasterPlan{});
     EXPECT_EQ((std::vector{plan.samplesPerPixel, size_t{plan.sps}, plan.line, plan.flyback, plan.Total()}),
-              (std::vector{samplesPerPixel, size_t{sps}, line, flyback, total})) << name;
+              (std::vector{samplesPerPixel, size_t{sps}, line, flyback, total}))
+        << name;
   };
   expect("24 samples a pixel at most", {12, 10, 0.01f, false, false, 0, 100000}, 24, 24000, 264, 240, 6576);
   expect("two-way has no fly-back", {12, 10, 0.01f, false, true, 0, 100000}, 24, 24000, 264, 240, 3696);
@@ -95,8 +96,12 @@ TEST(Raster, OneWayLinesStepAndFlyBack) {
     const double at = -0.9 + 2.0 * 0.9 * static_cast<double>(n) / 3.0;
     EXPECT_NEAR(r.out.x[start + turn], at, 1e-6);
     EXPECT_NEAR(r.out.x[start + turn + 119], at, 1e-6);
-    if (n > 0) { r.out.ExpectAt(start, {{at - 0.3, -0.8}}, "half a line below itself"); }
-    if (n < 3) { EXPECT_NEAR(r.out.x[start + line - 1], at + 0.3, 1e-6); }
+    if (n > 0) {
+      r.out.ExpectAt(start, {{at - 0.3, -0.8}}, "half a line below itself");
+    }
+    if (n < 3) {
+      EXPECT_NEAR(r.out.x[start + line - 1], at + 0.3, 1e-6);
+    }
     EXPECT_NEAR(r.out.y[start + line], 0.8, 1e-6) << "fly-back";
   }
   // The leads meet between last and second sample, at the middle of the sweep.
@@ -125,8 +130,12 @@ TEST(Raster, HoldDwellsAtEachPixelAndTwoWayLinesAlternate) {
   const float* y = &r.out.y[132 + 6];
   for (size_t i = 0; i < 120; ++i) EXPECT_EQ(y[i], y[264 + i]) << i;
   for (size_t i = 0; i < 120; ++i) {
-    if (i % 24 < 20) { EXPECT_EQ(y[i], y[i / 24 * 24]) << i; }
-    if (i >= 24 && i % 24 == 0) { EXPECT_NEAR(y[i] - y[i - 24], (y[96] - y[0]) / 4, 1e-5) << i; }
+    if (i % 24 < 20) {
+      EXPECT_EQ(y[i], y[i / 24 * 24]) << i;
+    }
+    if (i >= 24 && i % 24 == 0) {
+      EXPECT_NEAR(y[i] - y[i - 24], (y[96] - y[0]) / 4, 1e-5) << i;
+    }
   }
   EXPECT_NEAR(y[0], -y[96], 0.02);
   EXPECT_LT(y[0] * y[132], 0) << "the second line begins where the first one ends";
@@ -153,8 +162,13 @@ TEST(Raster, EveryShapeFillsExactlyItsRoomWithFinitePositions) {
   Random random(7);
   for (int round = 0; round < 400; ++round) {
     const auto below = [&](int limit) { return static_cast<int>(random() >> 8) % limit; };
-    const Raster r({.lines = random() % 6, .pixels = random() % 9, .duration = 1e-5f * static_cast<float>(below(900)),
-                    .hold = below(2) == 0, .twoWay = below(2) == 0, .imaging = below(2) == 0, .minSps = below(3000),
+    const Raster r({.lines = random() % 6,
+                    .pixels = random() % 9,
+                    .duration = 1e-5f * static_cast<float>(below(900)),
+                    .hold = below(2) == 0,
+                    .twoWay = below(2) == 0,
+                    .imaging = below(2) == 0,
+                    .minSps = below(3000),
                     .maxSps = below(60000)});
     EXPECT_EQ(r.sps > 0, r.count > 0) << "round " << round;
   }

@@ -47,10 +47,10 @@ TEST(SoftwareFilter, CopiesWhenNoFilterApplies) {
   };
   expect(0, true, 4, true, true);
   expect(8, false, 4, true, true);
-  expect(7, false, 4, true, true);     // coefficients not loaded
+  expect(7, false, 4, true, true);  // coefficients not loaded
   expect(2, false, 9, false, true);
-  expect(2, false, 10, true, true);    // one channel needs more samples than the order,
-  expect(2, true, 10, true, false);    // two do not
+  expect(2, false, 10, true, true);  // one channel needs more samples than the order,
+  expect(2, true, 10, true, false);  // two do not
   std::vector<float> out(10);
   Generator().FilterData(x.data(), out.data(), 10, false);
   EXPECT_EQ(out, x);

@@ -97,8 +97,8 @@ TEST(ProjectiveTransform, InverseKeepsF) {
   const float x[] = {2, 4, 4, 2}, y[] = {3, 3, 7, 7};
   Generator generator;
   generator.InitProjectiveTransformMatrix(x, y, true);
-  Expect("inverse keeps f", At({{2, 3}, {4, 7}}),
-         [&](auto... p) { return generator.ProjectiveTransformData(p...); }, {{-0.5, 6.5}, {1.5, 8.5}});
+  Expect("inverse keeps f", At({{2, 3}, {4, 7}}), [&](auto... p) { return generator.ProjectiveTransformData(p...); },
+         {{-0.5, 6.5}, {1.5, 8.5}});
 }
 
 // At (1, 1) q = sqrt(2): k = strength * sqrt(2), and the factor c solves k c^3 + c = 1, of a table for k in 0..1.

@@ -15,7 +15,7 @@ constexpr float kVolts = 2.5f;     // at AI0
 constexpr float kDetector = 0.5f;  // at the photodetector
 constexpr float kTolerance = 1e-3f;
 constexpr unsigned kPairs = 4;
-constexpr unsigned kSensed = 16;   // a block: its mark comes within the bytes that are looked through
+constexpr unsigned kSensed = 16;  // a block: its mark comes within the bytes that are looked through
 constexpr char kName[] = "Bench", kOtherName[] = "Other";
 constexpr char kAccess[] = "5c0e1b7a9f3d2e84c6a1b0f97d3e5a21";
 constexpr const char* kFirmware = "FW 3";
@@ -182,7 +182,7 @@ constexpr unsigned kRecord = kAck + 5 * 1000 + 19 * 50 + kAck;  // silent behind
 constexpr unsigned kCheck = 200 + kRecord + 100 + 200 + kAck;   // and again at the second attempt
 constexpr unsigned kMove = 5 * kAck + 2500 + 2000;              // once a capacity of 25000, and its end
 constexpr unsigned kSearch = 200 + 200 + 5 * 1000 + 19 * 50 + 200 + 100 + 200 + 200;
-constexpr unsigned kPlayWait = kAck + 2 * 2500 + 2000;          // twice a capacity of 25000 at 10000 a second
+constexpr unsigned kPlayWait = kAck + 2 * 2500 + 2000;  // twice a capacity of 25000 at 10000 a second
 
 const Call kCalls[] = {
     {"GetAvailableDevices", "B5 E0 E4 E1", kSearch, kHides | kDisconnects, Discover, nullptr,
@@ -211,11 +211,10 @@ const Call kCalls[] = {
     Setter<ParamSyncMode, 3, 0>("SetDeviceParam, sync", "E5", kAck, 0),
     {"GetDeviceState", "F4", kQuery, kReadsOn, Do<&ZRVDevice::GetDeviceState>},
     {"GetOutputOffsets", "E4", kQuery, 0, Do<&ZRVDevice::GetOutputOffsets>},
-    {"SetDeviceName", "BA E0 E4 E1", kAck + kRecord, kText,
-     Do<&ZRVDevice::SetDeviceName, kOtherName>, Do<&ZRVDevice::SetDeviceName, kName>},
+    {"SetDeviceName", "BA E0 E4 E1", kAck + kRecord, kText, Do<&ZRVDevice::SetDeviceName, kOtherName>,
+     Do<&ZRVDevice::SetDeviceName, kName>},
     {"SetDefaultDeviceName", "BD E0 E4 E1", kAck + kRecord, kText,
-     Do<&ZRVDevice::SetDefaultDeviceName, kOtherName, kAccess>,
-     Do<&ZRVDevice::SetDefaultDeviceName, kName, kAccess>},
+     Do<&ZRVDevice::SetDefaultDeviceName, kOtherName, kAccess>, Do<&ZRVDevice::SetDefaultDeviceName, kName, kAccess>},
     {"SaveToFlash", "F8", kAck + 800, 0, Do<&ZRVDevice::SaveToFlash, FlashSettings>},
     {"SendDataStream", "B1 B2", 3 * kAck, 0, Send<4>, nullptr, Stop},
     {"SendDataStream, 25000 samples", "B1 B2", 3 * kAck, 0, Send<25000>, nullptr, Stop},
@@ -236,8 +235,7 @@ const Call kCalls[] = {
     {"GetAnalogInputValue", "A0", kQuery, kHides, Measured},
     {"GetPhotoDetectorValue", "A6", kQuery, kHides, Detected},
     {"GetAnalogInputBuffer", "A4 A5", 3 * kAck, kHides, Captured},
-    {"GetAnalogInputStream", "-", 1000, kHides | kStreams, Streamed, nullptr,
-     Set<ParamDataMode, DataModeAnalogVolts>},
+    {"GetAnalogInputStream", "-", 1000, kHides | kStreams, Streamed, nullptr, Set<ParamDataMode, DataModeAnalogVolts>},
     {"GetOrBEX1Stream", "-", 2000 + 1000, kHides | kStreams, Sensed, nullptr, Set<ParamDataMode, DataModeOrBEX1>},
     {"IsTrackingSupported", "F4", kQuery, kReadsOn, Tracks},
     {"GetTrackParams", "90", kAck + 1000 + 6 * 50, 0, ReadTracking},

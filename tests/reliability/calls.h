@@ -30,8 +30,8 @@ enum : unsigned {
 
 struct Call {
   const char* name;
-  const char* codes;       // of the commands it sends
-  unsigned boundMs;        // its pauses and time-outs, with a controller that falls silent at the worst moment
+  const char* codes;  // of the commands it sends
+  unsigned boundMs;   // its pauses and time-outs, with a controller that falls silent at the worst moment
   unsigned traits;
   bool (*run)(Bench&);                // whether what it brought is right
   bool (*undo)(Bench&) = nullptr;     // restores what run changed; null: run again

@@ -24,14 +24,26 @@ using zrv::sim::Fault;
 // --- Cases -----------------------------------------------------------------------------------------------
 
 enum Kind {
-  kDrop, kOneBit, kAllBits, kDouble, kLate, kTooLate, kCutAnswer, kCutCommand, kStall, kSilence, kChatter, kKinds
+  kDrop,
+  kOneBit,
+  kAllBits,
+  kDouble,
+  kLate,
+  kTooLate,
+  kCutAnswer,
+  kCutCommand,
+  kStall,
+  kSilence,
+  kChatter,
+  kKinds
 };
-constexpr const char* kKindNames[kKinds] = {"dropped", "one bit", "all bits", "doubled", "0.3 s late", "2.5 s late",
-                                            "cut, answer", "cut, command", "stalled", "silent", "talk without end"};
+constexpr const char* kKindNames[kKinds] = {"dropped",    "one bit",    "all bits",        "doubled",
+                                            "0.3 s late", "2.5 s late", "cut, answer",     "cut, command",
+                                            "stalled",    "silent",     "talk without end"};
 constexpr double kStalledWrite = 5;  // seconds
 constexpr int kMaxFailures = 2;      // of the calls on a healed link
 constexpr unsigned kEveryByteUpTo = 400;
-constexpr unsigned kFramesOfABlock = 15;  // bytes ahead of it
+constexpr unsigned kFramesOfABlock = 15;    // bytes ahead of it
 constexpr unsigned kStreamRecordBytes = 6;  // the longest, with the mark of a block
 
 struct Case {
@@ -209,11 +221,22 @@ class Session {
     const Call& call = *c.call;
     if (!device().IsDeviceConnected() && !Works(outcome, [&] { return Connected(); })) return "does not connect again";
     if (Has(c, kStreams)) {
-      const auto silence = [&] { device().SetDeviceParam(ParamDataMode, 0); return true; };
+      const auto silence = [&] {
+        device().SetDeviceParam(ParamDataMode, 0);
+        return true;
+      };
       if (!Works(outcome, silence)) return "the stream does not end";
     }
-    if (!Works(outcome, [&] { device().GetDeviceState(); return true; })) return "a third call fails";
-    const auto read = [&] { ZRVDeviceParams params; device().GetDeviceParams(&params); return true; };
+    if (!Works(outcome, [&] {
+          device().GetDeviceState();
+          return true;
+        }))
+      return "a third call fails";
+    const auto read = [&] {
+      ZRVDeviceParams params;
+      device().GetDeviceParams(&params);
+      return true;
+    };
     if (!Works(outcome, read)) return "the record cannot be read";
     if (const char* wrong = FirstFalse()) return wrong;
     const auto itself = [&] {
@@ -260,8 +283,8 @@ std::vector<Case> AllCases() {
 }
 
 struct Row {
-  std::map<int, int> cases;  // by error; 0 is none
-  int notRight = 0;          // no error, but a wrong value
+  std::map<int, int> cases;     // by error; 0 is none
+  int notRight = 0;             // no error, but a wrong value
   std::map<int, int> failures;  // cases by the calls that failed afterwards
   double longest = 0;
 

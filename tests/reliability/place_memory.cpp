@@ -30,7 +30,7 @@ class Memory : public Place {
     clock_->Advance(seconds);
     controller_->Advance(clock_->Now());
   }
-  void Settle(ZRVDevice&) override {}  // answers come at once: the call's own resynchronisation drops them
+  void Settle(ZRVDevice&) override {}             // answers come at once: the call's own resynchronisation drops them
   double slack() const override { return 1e-6; }  // rounding
 
  private:

@@ -12,16 +12,23 @@ struct SetCase {
   std::string deviceName, numbers;  // of the identification
 };
 const SetCase kSets[] = {
-    {"untouched", {}, "53 69 6D",
+    {"untouched",
+     {},
+     "53 69 6D",
      "00 10 0E 10 27 00 C8 00 FF 7F FF 7F 8C 50 50 00 00 00 00 00 11 00 00 00 00 00 00 00 00"},
     {"every value",  // a line feed in the name ends it; a trailer's value in the buffer offset does not
      {"BA 41 0A", "BB 00 C2 01", "E8 20 4E 00", "C0 F4 01", "E9 00 40", "EC 00 40 FF 7F", "EA 3C", "EB 32", "E7 05",
       "D5", "D7", "D9", "E5 03", "B0 0A 0B 0C", "EF 02 00"},
-     "41", "00 C2 01 20 4E 00 F4 01 00 40 00 40 8C 3C 32 05 01 01 01 06 11 00 00 0A 0B 0C 02 00 00"},
-    {"below every limit", {"BB 00 00 00", "E8 32 00 00", "C0 00 00", "EA 00"}, "53 69 6D",
+     "41",
+     "00 C2 01 20 4E 00 F4 01 00 40 00 40 8C 3C 32 05 01 01 01 06 11 00 00 0A 0B 0C 02 00 00"},
+    {"below every limit",
+     {"BB 00 00 00", "E8 32 00 00", "C0 00 00", "EA 00"},
+     "53 69 6D",
      "00 C2 01 C8 00 00 32 00 FF 7F FF 7F 8C 0A 50 00 00 00 00 00 11 00 00 00 00 00 00 00 00"},
-    {"above every limit", {"BB FF FF FF", "E8 FF FF FF", "C0 FF FF", "E9 FF FF", "EC FF FF FF FF", "EA FF", "EB FF"},
-     "53 69 6D", "00 40 38 A0 86 01 10 27 FF 7F FF 7F 8C 64 8C 00 00 00 00 00 11 00 00 00 00 00 00 00 00"},
+    {"above every limit",
+     {"BB FF FF FF", "E8 FF FF FF", "C0 FF FF", "E9 FF FF", "EC FF FF FF FF", "EA FF", "EB FF"},
+     "53 69 6D",
+     "00 40 38 A0 86 01 10 27 FF 7F FF 7F 8C 64 8C 00 00 00 00 00 11 00 00 00 00 00 00 00 00"},
 };
 
 TEST(CommandsTest, IdentificationReportsWhatWasSetWithinItsLimits) {
@@ -31,8 +38,11 @@ TEST(CommandsTest, IdentificationReportsWhatWasSetWithinItsLimits) {
   for (const SetCase& c : kSets) {
     Host host(options);
     for (const char* frame : c.frames) host.Say(frame);
-    EXPECT_EQ(host.Say("E0"), kInfo + " " + c.deviceName + " 0A 46 77 31 0A 55 53 42 0A "
-                              "30 30 3A 31 31 3A 32 32 3A 33 33 3A 34 34 3A 35 35 0A " + c.numbers) << c.name;
+    EXPECT_EQ(host.Say("E0"), kInfo + " " + c.deviceName +
+                                  " 0A 46 77 31 0A 55 53 42 0A "
+                                  "30 30 3A 31 31 3A 32 32 3A 33 33 3A 34 34 3A 35 35 0A " +
+                                  c.numbers)
+        << c.name;
   }
 }
 

@@ -29,19 +29,16 @@ TEST(LinkLogTest, KeepsEachCommandWithItsAnswer) {
   Host host;
   LinkLog log(6);
   host.controller.Observe([&log](const LinkEvent& event) { log.Add(event); });
-  host.Say("F4"), host.Say("F4");  // the same again: one row
+  host.Say("F4"), host.Say("F4");              // the same again: one row
   host.Say("E9 34 12"), host.Say("E9 34 12");  // obeyed in silence
   host.Say("E7 09");                           // no such axes
   host.Load("00 00 00 00 00 FF FF FF FF FF");
   host.Say("F3 01");
   host.HearAfter(1);  // the two samples are over: the controller says so
   EXPECT_EQ(Texts(log), (std::vector<std::string>{
-                            "E7 refused x1 ack 0 to 7 from 0 payload 1",
-                            "B1 command x1 ack 1 to 9 from 3 payload 3",
-                            "B2 command x1 ack 1 to 6 from 3 payload 0",
-                            "B2 block x1 ack 1 to 10 from 3 payload 0",
-                            "F3 command x1 ack 1 to 7 from 3 payload 1",
-                            "F3 report x1 ack 1 to 0 from 3 payload 0"}));
+                            "E7 refused x1 ack 0 to 7 from 0 payload 1", "B1 command x1 ack 1 to 9 from 3 payload 3",
+                            "B2 command x1 ack 1 to 6 from 3 payload 0", "B2 block x1 ack 1 to 10 from 3 payload 0",
+                            "F3 command x1 ack 1 to 7 from 3 payload 1", "F3 report x1 ack 1 to 0 from 3 payload 0"}));
   EXPECT_EQ(host.controller.BytesReceived(), 2 * 6 + 2 * 8 + 7 + 9 + 6 + 10 + 7u);
   EXPECT_EQ(host.controller.BytesTaken(), 2 * 5 + 5 * 3u);
 }

@@ -26,8 +26,8 @@ TEST(MirrorTest, StepsComeOutAsTheAnalyticResponse) {
   constexpr double kRate = 50000;
   const struct {
     MirrorOptions mirror;
-    double filterHz, hertz, q, tolerance;  // frequency and q of what dominates
-  } kSteps[] = {{{1200, 50}, 0, 1200, 50, 1e-5},                          // resonant mirror
+    double filterHz, hertz, q, tolerance;                                // frequency and q of what dominates
+  } kSteps[] = {{{1200, 50}, 0, 1200, 50, 1e-5},                         // resonant mirror
                 {{1e6, 0.7}, 200, 200, std::numbers::sqrt2 / 2, 2e-4}};  // Butterworth filter before a stiff one
   for (const auto& c : kSteps) {
     MirrorModel model = Model(kRate, c.filterHz, c.mirror);

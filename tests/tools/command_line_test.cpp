@@ -14,8 +14,7 @@ namespace {
 TEST(CommandLine, EveryCommandExplainsItselfWithAnExample) {
   const std::string all = Zrv("--help").output;
   for (const char* command : {"list", "info", "play", "stop", "goto", "simulate", "demo", "get", "set", "save", "load",
-                              "analog", "track", "generate", "filter", "font", "gallery", "completion",
-                              "manual"}) {
+                              "analog", "track", "generate", "filter", "font", "gallery", "completion", "manual"}) {
     EXPECT_NE(all.find(std::string("\n  ") + command + " "), std::string::npos) << command;
     const Outcome help = Zrv(std::string(command) + " --help");
     EXPECT_EQ(help.status, 0) << command;
@@ -64,7 +63,8 @@ const Wrong kWrong[] = {
     {"generate rose --preview FOLDER/full.svg", 1, "cannot write"},
     {"font build -o /dev/full", 1, "cannot write"},
     {"completion csh", 2, "none of bash, zsh, fish"},
-    {"filter FOLDER/points FOLDER/x --filter file:FOLDER/junk", 1, "FOLDER/junk gives no filter: it is no file of coeff"},
+    {"filter FOLDER/points FOLDER/x --filter file:FOLDER/junk", 1,
+     "FOLDER/junk gives no filter: it is no file of coeff"},
     {"set ttyUSB0 DataMode 99", 2, "DataModeOrBEX1"},
     {"set ttyUSB0 LaserModulationEnable 2", 2, "off, on"},
     {"set ttyUSB0 Vbias nan", 2, "nan is not a number"},

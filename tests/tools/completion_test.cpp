@@ -19,7 +19,7 @@ echo "${COMPREPLY[*]}$told"
 )";
 
 struct Line {
-  const char* line;   // after "zrv "
+  const char* line;  // after "zrv "
   const char* reply;
   const char* words = nullptr;  // where bash cuts it not only at blanks
 };
@@ -60,8 +60,8 @@ TEST(Completion, BashOffersWhatFits) {
   for (const Line& row : kLines) {
     const std::string zrv = ZRV_TOOL_FILE, line = zrv + " " + folder.In(row.line);
     const std::string words = row.words ? zrv + " " + folder.In(row.words) : line;
-    const Outcome outcome = Shell("cd " + folder.Path() + " && bash " + scripts.File("ask") + " '" + zrv + "' '" + line +
-                                  "' '" + words + "'");
+    const Outcome outcome = Shell("cd " + folder.Path() + " && bash " + scripts.File("ask") + " '" + zrv + "' '" +
+                                  line + "' '" + words + "'");
     EXPECT_EQ(outcome.output, std::string(row.reply) + "\n") << row.line;
   }
 }

@@ -54,8 +54,8 @@ TEST(Kinds, PointsHaveRoomWhenTheRatesAreCrossed) {
 TEST(Compose, EveryProfileStaysOnThePath) {
   const Folder folder;
   for (const char* profile : {"linear", "trapezoidal", "optimized"}) {
-    const Pattern p = MakePattern("points", {{"file", Corners(folder)}, {"corners", "1"}, {"profile", profile},
-                                             {"samples", "200"}});
+    const Pattern p =
+        MakePattern("points", {{"file", Corners(folder)}, {"corners", "1"}, {"profile", profile}, {"samples", "200"}});
     EXPECT_EQ(p.rate, 5000u);
     EXPECT_NEAR(static_cast<double>(p.size()), 200, 6) << profile;
     for (std::size_t i = 0; i < p.size(); ++i) {  // all four sides lie at 0.5 from an axis
@@ -83,8 +83,11 @@ TEST(Compose, ClosesAsAsked) {
 }
 
 TEST(Compose, AnimatesAndFilters) {
-  const Pattern p = MakePattern("rose", {{"samples", "100"}, {"animate", "rotate"}, {"animation-frames", "4"},
-                                         {"filter", "butterworth:2:900"}, {"zero-phase", "1"}});
+  const Pattern p = MakePattern("rose", {{"samples", "100"},
+                                         {"animate", "rotate"},
+                                         {"animation-frames", "4"},
+                                         {"filter", "butterworth:2:900"},
+                                         {"zero-phase", "1"}});
   EXPECT_EQ(p.size(), 400u);
   EXPECT_TRUE(std::all_of(p.x.begin(), p.x.end(), [](float x) { return std::isfinite(x); }));
 }
@@ -93,8 +96,8 @@ TEST(Compose, AnimatesAndFilters) {
 TEST(Compose, KeystoneMovesTheCornersWhereTheyAreSent) {
   const Folder folder;
   WriteText(folder.File("square.txt"), "-1 -1 1\n1 -1 1\n1 1 1\n-1 1 1\n");
-  const Pattern p = MakePattern("points", {{"file", folder.File("square.txt")},
-                                           {"keystone", "-0.9,-0.8,0.7,-0.6,0.5,0.4,-0.3,0.2"}});
+  const Pattern p =
+      MakePattern("points", {{"file", folder.File("square.txt")}, {"keystone", "-0.9,-0.8,0.7,-0.6,0.5,0.4,-0.3,0.2"}});
   const float expected[4][2] = {{-0.9f, -0.8f}, {0.7f, -0.6f}, {0.5f, 0.4f}, {-0.3f, 0.2f}};
   for (std::size_t i = 0; i < 4; ++i) {
     EXPECT_NEAR(p.x[i], expected[i][0], 1e-5f);
@@ -142,7 +145,7 @@ TEST(Laser, BurnsTheChartInItsPlace) {
   for (std::size_t i = 0; i < p.size(); ++i) {
     const double u = (static_cast<double>(p.x[i]) / 0.9 + 1) / 2, v = (static_cast<double>(p.y[i]) / 0.9 + 1) / 2;
     const double radius = std::hypot(u - 0.5, v - 0.66);
-    const bool inHole = radius > 0.11 && radius < 0.17, around = radius > 0.35 && v > 0.35;
+    const bool inHole = radius > 0.11 && radius<0.17, around = radius> 0.35 && v > 0.35;
     EXPECT_TRUE(!(inHole || around) || p.m[i] == 0) << "sample " << i << " at " << u << ", " << v;
   }
   EXPECT_GT(std::count(p.m.begin(), p.m.end(), 255), 500);

@@ -36,7 +36,7 @@ TEST(ScanPicture, LitPartsAreInkWhereTheyBelong) {
     // The field takes up 5.5 % to 94.5 % of the width; the line at y = 0.5 lies a quarter down.
     EXPECT_GT(CountPixels(p, IsInk, 0.14, 0.2, 0.84, 0.34), 600);
     EXPECT_EQ(CountPixels(p, IsInk, 0, 0, 1, 0.2), 0);
-    EXPECT_EQ(CountPixels(p, IsInk, 0, 0.35, 1, 0.6), 0);     // the dark move is faint
+    EXPECT_EQ(CountPixels(p, IsInk, 0, 0.35, 1, 0.6), 0);  // the dark move is faint
     EXPECT_GT(CountPixels(p, IsInk, 0.52, 0.6, 1, 0.8), 250);
     EXPECT_EQ(CountPixels(p, IsInk, 0, 0.6, 0.48, 0.9), 0);
     const auto isMark = [](int r, int g, int b) { return r > 190 && g < 160 && b < 140; };
