@@ -230,24 +230,24 @@ void ZRVDevice::SetDefaultDeviceName(const char* name, std::string accessCode) {
 // Numbers as they are: a double holds every whole number and every float of the record.
 void zrv::DeviceState::Set(ZRVDevice& device, unsigned int param, double value, double second) {
   const auto real = static_cast<float>(value);
-  const auto whole = static_cast<unsigned int>(value);
+  const auto whole = [value] { return static_cast<unsigned int>(value); };  // not of what is no whole number
   switch (param) {
-    case ParamUSARTBaudRate: return device.SetUSARTBaudRate(whole);
-    case ParamSampleRate: return device.SetSampleRate(whole);
-    case ParamHardwareFilterBw: return device.SetHardwareFilterBw(whole);
+    case ParamUSARTBaudRate: return device.SetUSARTBaudRate(whole());
+    case ParamSampleRate: return device.SetSampleRate(whole());
+    case ParamHardwareFilterBw: return device.SetHardwareFilterBw(whole());
     case ParamVdifferenceMax: return device.SetVdifferenceMax(real);
     case ParamVbias: return device.SetVbias(real);
     case ParamOutputOffsets: return device.SetOutputOffsets(real, static_cast<float>(second));
     case ParamDataScale: return device.SetDataScale(real);
     case ParamDataRotation: return device.SetDataRotation(real);
-    case ParamMEMSDriverEnable: return device.SetMEMSDriverEnable(whole);
-    case ParamDigitalOutputEnable: return device.SetDigitalOutputEnable(whole);
-    case ParamLaserModulationEnable: return device.SetLaserModulationEnable(whole);
-    case ParamBufferOffset: return device.SetBufferOffset(whole);
-    case ParamDeviceAxes: return device.SetDeviceAxes(static_cast<ZRVAxes>(whole));
-    case ParamBootSetting: return device.SetBootParams(static_cast<ZRVBoot>(whole));
-    case ParamDataMode: return device.SetDataMode(static_cast<ZRVDataMode>(whole));
-    case ParamSyncMode: return device.SetSyncMode(static_cast<ZRVSync>(whole));
+    case ParamMEMSDriverEnable: return device.SetMEMSDriverEnable(whole());
+    case ParamDigitalOutputEnable: return device.SetDigitalOutputEnable(whole());
+    case ParamLaserModulationEnable: return device.SetLaserModulationEnable(whole());
+    case ParamBufferOffset: return device.SetBufferOffset(whole());
+    case ParamDeviceAxes: return device.SetDeviceAxes(static_cast<ZRVAxes>(whole()));
+    case ParamBootSetting: return device.SetBootParams(static_cast<ZRVBoot>(whole()));
+    case ParamDataMode: return device.SetDataMode(static_cast<ZRVDataMode>(whole()));
+    case ParamSyncMode: return device.SetSyncMode(static_cast<ZRVSync>(whole()));
     default: return;
   }
 }
