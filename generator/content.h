@@ -6,8 +6,8 @@
 
 #include "generator/hershey_font.h"
 #include "generator/ilda_file.h"
+#include "generator/point_arrays.h"
 #include "generator/point_file.h"
-#include "generator/scan_assembly.h"
 
 namespace zrv {
 

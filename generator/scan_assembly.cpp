@@ -33,24 +33,7 @@ size_t ClosedSize(size_t numKeypoints) { return 2 * numKeypoints + 2; }
 constexpr unsigned int kWhite = 0xFFFFFF;
 constexpr size_t kFewestExpected = 13;  // keypoints of the clock's hands
 
-template <typename T>
-T* Grown(std::vector<T>& values, size_t count) {
-  if (values.size() < count) values.resize(count);
-  return values.data();
-}
-
 }  // namespace
-
-void PointArrays::Fill(size_t count, const PointArrays& from) const {
-  std::fill_n(x, count, from.x[0]);
-  std::fill_n(y, count, from.y[0]);
-  std::fill_n(m, count, from.m[0]);
-  if (rgb != nullptr) std::fill_n(rgb, count, from.rgb[0]);
-}
-
-PointArrays PointScratch::Room(size_t count, bool coloured) {
-  return {Grown(x_, count), Grown(y_, count), Grown(m_, count), coloured ? Grown(rgb_, count) : nullptr};
-}
 
 unsigned int SamplesPerFrame(unsigned int samplesPerSecond, float refreshRate) {
   const double samples = samplesPerSecond / static_cast<double>(refreshRate);

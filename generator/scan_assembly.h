@@ -8,6 +8,7 @@
 
 #include "ZRVDefinitions.h"
 #include "generator/outputs.h"
+#include "generator/point_arrays.h"
 
 class ZRVDataGenerator;
 
@@ -15,37 +16,6 @@ namespace zrv {
 
 // The most samples that a composite generator makes.
 inline constexpr size_t kMostScanSamples = size_t{1} << 24;
-
-struct PointArrays {
-  float* x;
-  float* y;
-  unsigned char* m;
-  unsigned int* rgb;  // or null
-
-  PointArrays From(size_t i) const { return {x + i, y + i, m + i, rgb != nullptr ? rgb + i : nullptr}; }
-  bool IsClosed(size_t count) const { return count > 1 && x[count - 1] == x[0] && y[count - 1] == y[0]; }
-  // Whether the last of count keypoints is the way back to the first one, with the beam off.
-  bool ReturnsDarkly(size_t count) const { return IsClosed(count) && m[count - 2] == 0; }
-  void Fill(size_t count, const PointArrays& from) const;
-};
-
-// Arrays that only ever grow.
-class PointScratch {
- public:
-  // Room for so many points; what is there stays.
-  PointArrays Room(size_t count, bool coloured);
-
- private:
-  std::vector<float> x_, y_;
-  std::vector<unsigned char> m_;
-  std::vector<unsigned int> rgb_;
-};
-
-// What the assembly works in, kept by the generator.
-struct ScanScratch {
-  PointScratch keypoints, paths, samples;
-  std::vector<float> filteredX, filteredY;
-};
 
 class ScanAssembly {
  public:
