@@ -5,10 +5,12 @@
 #include <cstdint>
 
 #include "ZRVDataGenerator.h"
+#include "generator/geometry.h"
 
 namespace {
 
-constexpr double kTwoPi = 6.28318530717958647692;
+using zrv::kTwoPi;
+
 constexpr float kUpward = 1.5707964f;
 
 bool InsideField(float value) { return (value > -1.0f) & (value < 1.0f); }

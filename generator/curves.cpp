@@ -6,11 +6,13 @@
 
 #include "ZRVDataGenerator.h"
 #include "generator/euclid.h"
+#include "generator/geometry.h"
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
-constexpr double kTwoPi = 2.0 * kPi;
+using zrv::kPi;
+using zrv::kTwoPi;
+
 constexpr unsigned int kTriangleWave = 1;
 constexpr unsigned char kOn = 255;
 
@@ -24,14 +26,14 @@ struct TriangleWave {
   static double C(double angle) { return S(angle + kPi / 2); }
 };
 
-struct Point {
+struct ExactPoint {
   double x, y;
 };
 
 template <typename PointAt>
 void WritePoints(float* x, float* y, unsigned int n, PointAt pointAt) {
   for (unsigned int i = 0; i < n; ++i) {  // of 32 bits: these become floating point in one instruction
-    const Point p = pointAt(static_cast<double>(i));
+    const ExactPoint p = pointAt(static_cast<double>(i));
     x[i] = static_cast<float>(p.x);
     y[i] = static_cast<float>(p.y);
   }
@@ -76,12 +78,12 @@ template <typename Wave>
 void WriteSpirograph(float* x, float* y, unsigned int n, const Spirograph& plan) {
   const double penX = plan.type >= kHypocycloid ? plan.pen : -plan.pen;
   if (plan.type == kRose) {
-    WritePoints(x, y, n, [=](double i) -> Point {
+    WritePoints(x, y, n, [=](double i) -> ExactPoint {
       const double angle = i * plan.step, c2 = Wave::C(plan.ratio * angle);
       return {c2 * Wave::C(angle), c2 * Wave::S(angle)};
     });
   } else {
-    WritePoints(x, y, n, [=](double i) -> Point {
+    WritePoints(x, y, n, [=](double i) -> ExactPoint {
       const double angle = i * plan.step, second = plan.ratio * angle;
       return {plan.radius * Wave::C(angle) + penX * Wave::C(second),
               plan.radius * Wave::S(angle) - plan.pen * Wave::S(second)};
@@ -110,18 +112,18 @@ template <typename Wave>
 void WriteLissajous(float* x, float* y, unsigned int n, unsigned int modulation, const Lissajous& f) {
   const auto angle = [n](double i) { return i * kTwoPi / n; };
   if (modulation == 0) {
-    WritePoints(x, y, n, [=](double i) -> Point {
+    WritePoints(x, y, n, [=](double i) -> ExactPoint {
       const double a = angle(i);
       return {Wave::S(f.freqX * a) * f.amplitude, Wave::S(f.freqY * a + f.phase) * f.amplitude};
     });
   } else if (modulation == 1) {
-    WritePoints(x, y, n, [=](double i) -> Point {
+    WritePoints(x, y, n, [=](double i) -> ExactPoint {
       const double a = angle(i), m = f.modFreq * a;
       return {(1.0 - Wave::S(m) * f.modDepth / 2.0) * Wave::S(f.freqX * a) * f.amplitude,
               (1.0 - Wave::S(m + f.modPhase) * f.modDepth / 2.0) * Wave::S(f.freqY * a + f.phase) * f.amplitude};
     });
   } else if (modulation == 2) {
-    WritePoints(x, y, n, [=](double i) -> Point {
+    WritePoints(x, y, n, [=](double i) -> ExactPoint {
       const double a = angle(i), m = f.modFreq * a;
       return {Wave::S(Wave::S(m) * f.modDepth + f.freqX * a) * f.amplitude,
               Wave::S(Wave::S(m + f.modPhase) * f.modDepth + f.freqY * a + f.phase) * f.amplitude};
@@ -155,7 +157,7 @@ unsigned int ZRVDataGenerator::SpiralCurve(float* x, float* y, unsigned char* m,
   const double step = turnCount * kTwoPi / numSamples, full = numSamples * step;
   WritePoints(x, y, numSamples,
               [=, start = static_cast<double>(phase), width = static_cast<double>(amplitudeX),
-               height = static_cast<double>(amplitudeY)](double i) -> Point {
+               height = static_cast<double>(amplitudeY)](double i) -> ExactPoint {
                 const double angle = i * step + start;
                 return {std::cos(angle) * angle * width / full, std::sin(angle) * angle * height / full};
               });
@@ -167,15 +169,15 @@ unsigned int ZRVDataGenerator::PolygonCurve(float* x, float* y, unsigned char* m
                                             float amplitude, unsigned int numSides, float /*reserved*/) {
   if (!x || !y || !m || numSamples == 0 || numSides == 0) return 0;
   const double step = kTwoPi / numSides, radius = amplitude;
-  const Point first = {radius, 0.0};
+  const ExactPoint first = {radius, 0.0};
   const unsigned int perSide = numSamples / numSides;
-  Point from = first;
+  ExactPoint from = first;
   size_t written = 0;
   for (unsigned int k = 0; k < numSides && perSide > 0; ++k) {
     // The last corner is the first one itself, so that the figure closes exactly.
-    const Point to =
-        k + 1 == numSides ? first : Point{std::cos((k + 1) * step) * radius, std::sin((k + 1) * step) * radius};
-    WritePoints(x + written, y + written, perSide, [=](double j) -> Point {
+    const ExactPoint to =
+        k + 1 == numSides ? first : ExactPoint{std::cos((k + 1) * step) * radius, std::sin((k + 1) * step) * radius};
+    WritePoints(x + written, y + written, perSide, [=](double j) -> ExactPoint {
       const double t = j / perSide;
       return {(1.0 - t) * from.x + t * to.x, (1.0 - t) * from.y + t * to.y};
     });

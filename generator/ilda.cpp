@@ -4,10 +4,9 @@
 
 #include "ZRVDataGenerator.h"
 #include "common/files.h"
-#include "generator/bounds.h"
 #include "generator/content.h"
 #include "generator/counts.h"
-#include "generator/turn.h"
+#include "generator/geometry.h"
 
 namespace {
 

@@ -9,17 +9,16 @@
 
 #include "ZRVDataGenerator.h"
 #include "generator/counts.h"
+#include "generator/geometry.h"
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
+using zrv::kPi;
+using zrv::Point;
+
 constexpr float kSmallestTotal = 1e-8f;         // keeps divisions by a path length finite
 constexpr float kSmallestAcceleration = 1e-4f;  // below it a profile is linear
 constexpr unsigned int kShortestProfile = 6;    // samples; shorter segments run at constant speed
-
-struct Point {
-  float x, y;
-};
 
 struct Path {
   const float* x;

@@ -6,10 +6,12 @@
 #include <vector>
 
 #include "ZRVDataGenerator.h"
+#include "generator/geometry.h"
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
+using zrv::kPi;
+
 constexpr double kSmoothMeasure = 0.056;  // corner measures below it are gentle bends, about 10 degrees
 
 // The caller's arrays as one list. The index array may be null.

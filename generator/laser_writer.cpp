@@ -8,21 +8,19 @@
 
 #include "ZRVDataGenerator.h"
 #include "generator/counts.h"
+#include "generator/geometry.h"
 #include "generator/outputs.h"
 
 namespace {
 
 using zrv::Outputs;
+using zrv::Point;
 
 constexpr float kFromRest = 0, kSteady = 1, kToRest = 2;  // speed at the start over the mean speed
 constexpr double kLongestFlyback = 0.01;                  // seconds, for a move across the whole image
 constexpr size_t kLeastMove = 4;                          // samples of such a move
 constexpr size_t kLeastRun = 4;                           // samples to get up to speed
 constexpr size_t kLineToRun = 20;                         // a run-up takes this part of a line
-
-struct Point {
-  float x = 0, y = 0;
-};
 
 struct Image {
   const unsigned char* raster;

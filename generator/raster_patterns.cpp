@@ -7,13 +7,14 @@
 #include <vector>
 
 #include "ZRVDataGenerator.h"
+#include "generator/geometry.h"
 #include "generator/outputs.h"
 #include "generator/raster_plan.h"
-#include "generator/turn.h"
 
 namespace {
 
 using zrv::Outputs;
+using zrv::Point;
 using zrv::RasterPlan;
 using Profile = std::vector<float>;
 
@@ -31,10 +32,6 @@ struct Style {
 };
 constexpr Style kScanning = {true, kLineStart, 0};
 constexpr Style kImaging = {false, 0, kBackward};
-
-struct Point {
-  float x = 0, y = 0;
-};
 
 struct Shaping {
   float blankSpeed, drawAccel, blankAccel;

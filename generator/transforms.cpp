@@ -6,7 +6,7 @@
 #include <cstddef>
 
 #include "ZRVDataGenerator.h"
-#include "generator/turn.h"
+#include "generator/geometry.h"
 
 namespace {
 

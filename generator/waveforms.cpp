@@ -7,10 +7,11 @@
 
 #include "ZRVDataGenerator.h"
 #include "generator/counts.h"
+#include "generator/geometry.h"
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
+using zrv::kPi;
 
 // One array: x is the signal. Two: x is the time axis from -1 upward, y the signal, m 255. value(i) is called for
 // i = 0, 1, 2, ... in turn.
