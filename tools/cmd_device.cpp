@@ -75,7 +75,11 @@ void Info(const InfoCommand& command) {
 
 void Stop(const std::string& port) {
   ZRVDevice device;
-  TryToConnect(device, port);
+  try {
+    TryToConnect(device, port);
+  } catch (const ToolError& error) {
+    throw ToolError(std::string(error.what()) + "\nA laser that may be on is to be switched off by hand.");
+  }
   StopPlaying(device);
   std::printf("stopped at x %.4f, y %.4f; the laser is off\n", static_cast<double>(device.GetXStop()),
               static_cast<double>(device.GetYStop()));
