@@ -14,9 +14,9 @@
 #include <string_view>
 #include <utility>
 
+#include "embedded.h"
 #include "errors.h"
 #include "view_data.h"
-#include "view_page.h"
 
 namespace zrvtool {
 
