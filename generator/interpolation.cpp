@@ -312,26 +312,68 @@ size_t WriteOptimized(const Path& path, const Outputs& out, unsigned int numSamp
   return writer.Written();
 }
 
+// --- Linear and trapezoidal profile
+
+size_t WriteLinear(const Path& path, const Outputs& out, unsigned int numSamples, float blankSpeed, float* lengths) {
+  ShareOut(path, lengths, numSamples, blankSpeed);
+  SegmentWriter writer(path, out, numSamples, path.Segments());
+  for (size_t i = 0; i < path.Segments(); ++i) writer.Steady(i, std::max(1u, zrv::WholeCount(lengths[i])));
+  // The closing sample's y is the digital byte as a number; one would expect the keypoint's y. Kept on purpose,
+  // and pinned by the closing samples in interpolation_test.cpp.
+  const size_t last = path.count - 1, end = writer.Written();
+  out.Fill(end, 1, path, last);
+  out.y[end] = static_cast<float>(path.m[last]);
+  return end + 1;
+}
+
+size_t WriteTrapezoidal(const Path& path, const Outputs& out, unsigned int numSamples, float blankSpeed,
+                        float drawAccel, float blankAccel, float* lengths) {
+  ShareOut(path, lengths, numSamples, blankSpeed);
+  Remainder remainder(numSamples, path.Segments());
+  SegmentWriter writer(path, out, numSamples, path.Segments());
+  const Acceleration drawn{drawAccel, drawAccel, 2.0f * drawAccel + 1.0f};
+  const Acceleration blank{blankAccel, blankAccel, 2.0f * blankAccel + 1.0f};
+  for (size_t i = 0; i < path.Segments(); ++i) {
+    const float nominal = lengths[i];
+    const bool whole = nominal >= 1.0f;
+    if (!whole) remainder.GiveExtra();
+    writer.ThreePhase(i, remainder.Take(whole ? RoundHalfUp(nominal) : 1), path.Blank(i) ? blank : drawn);
+  }
+  return writer.Written();
+}
+
 }  // namespace
+
+unsigned int ZRVDataGenerator::InterpolateData(const float* xIn, const float* yIn, const unsigned char* mIn,
+                                               const unsigned int* idxIn, float* xOut, float* yOut, unsigned char* mOut,
+                                               unsigned int* idxOut, unsigned int numKeypoints, unsigned int numSamples,
+                                               float blankSpeed, float drawAccel, float blankAccel) {
+  if (numKeypoints == 0 || numSamples == 0) return numKeypoints;
+  if (!xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
+  const Path path{xIn, yIn, mIn, idxIn, numKeypoints};
+  const Outputs out{xOut, yOut, mOut, idxIn ? idxOut : nullptr};
+  if (numKeypoints == 1) {
+    out.Fill(0, numSamples, path, 0);
+  } else if (numSamples <= numKeypoints) {
+    if (out.index) std::copy_n(idxIn, numKeypoints, idxOut);
+    return CopyKeypointsToSamples(xIn, yIn, mIn, xOut, yOut, mOut, static_cast<int>(numKeypoints));
+  }
+  const float speed = Clamp(blankSpeed, 1.0f, 10.0f);
+  const float drawn = Clamp(drawAccel, 0.0f, 0.5f), blank = Clamp(blankAccel, 0.0f, 0.5f);
+  AllocInterpData(numKeypoints, numSamples);
+  if (drawn >= kSmallestAcceleration || blank >= kSmallestAcceleration) {
+    if (numKeypoints < 2) return 0;
+    return static_cast<unsigned int>(WriteTrapezoidal(path, out, numSamples, speed, drawn, blank, interpData.get()));
+  }
+  return static_cast<unsigned int>(WriteLinear(path, out, numSamples, speed, interpData.get()));
+}
 
 unsigned int ZRVDataGenerator::InterpolateData(const float* xIn, const float* yIn, const unsigned char* mIn,
                                                float* xOut, float* yOut, unsigned char* mOut, unsigned int numKeypoints,
                                                unsigned int numSamples, float blankSpeed, float drawAccel,
                                                float blankAccel) {
-  if (numKeypoints == 0 || numSamples == 0) return numKeypoints;
-  if (!xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
-  const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
-  if (numKeypoints == 1) {
-    Outputs{xOut, yOut, mOut, nullptr}.Fill(0, numSamples, path, 0);
-  } else if (numSamples <= numKeypoints) {
-    return CopyKeypointsToSamples(xIn, yIn, mIn, xOut, yOut, mOut, static_cast<int>(numKeypoints));
-  }
-  const float speed = Clamp(blankSpeed, 1.0f, 10.0f);
-  const float drawn = Clamp(drawAccel, 0.0f, 0.5f), blank = Clamp(blankAccel, 0.0f, 0.5f);
-  if (drawn >= kSmallestAcceleration || blank >= kSmallestAcceleration) {
-    return InterpolateDataTrapezoidal(xIn, yIn, mIn, xOut, yOut, mOut, numKeypoints, numSamples, speed, drawn, blank);
-  }
-  return InterpolateDataLinear(xIn, yIn, mIn, xOut, yOut, mOut, numKeypoints, numSamples, speed);
+  return InterpolateData(xIn, yIn, mIn, nullptr, xOut, yOut, mOut, nullptr, numKeypoints, numSamples, blankSpeed,
+                         drawAccel, blankAccel);
 }
 
 unsigned int ZRVDataGenerator::InterpolateDataLinear(const float* xIn, const float* yIn, const unsigned char* mIn,
@@ -340,17 +382,8 @@ unsigned int ZRVDataGenerator::InterpolateDataLinear(const float* xIn, const flo
                                                      float blankSpeed) {
   if (numKeypoints == 0 || !xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
   AllocInterpData(numKeypoints, numSamples);
-  const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
-  ShareOut(path, interpData.get(), numSamples, blankSpeed);
-  SegmentWriter writer(path, {xOut, yOut, mOut, nullptr}, numSamples, path.Segments());
-  for (size_t i = 0; i < path.Segments(); ++i) writer.Steady(i, std::max(1u, zrv::WholeCount(interpData[i])));
-  // The closing sample's y is the digital byte as a number; one would expect the keypoint's y. Kept on purpose,
-  // and pinned by the closing samples in interpolation_test.cpp.
-  const size_t last = numKeypoints - 1, end = writer.Written();
-  xOut[end] = xIn[last];
-  yOut[end] = static_cast<float>(mIn[last]);
-  mOut[end] = mIn[last];
-  return static_cast<unsigned int>(end + 1);
+  return static_cast<unsigned int>(WriteLinear({xIn, yIn, mIn, nullptr, numKeypoints}, {xOut, yOut, mOut, nullptr},
+                                               numSamples, blankSpeed, interpData.get()));
 }
 
 unsigned int ZRVDataGenerator::InterpolateDataTrapezoidal(const float* xIn, const float* yIn, const unsigned char* mIn,
@@ -359,19 +392,8 @@ unsigned int ZRVDataGenerator::InterpolateDataTrapezoidal(const float* xIn, cons
                                                           float blankSpeed, float drawAccel, float blankAccel) {
   if (numKeypoints < 2 || !xIn || !yIn || !mIn || !xOut || !yOut || !mOut) return 0;
   AllocInterpData(numKeypoints, numSamples);
-  const Path path{xIn, yIn, mIn, nullptr, numKeypoints};
-  ShareOut(path, interpData.get(), numSamples, blankSpeed);
-  Remainder remainder(numSamples, path.Segments());
-  SegmentWriter writer(path, {xOut, yOut, mOut, nullptr}, numSamples, path.Segments());
-  const Acceleration drawn{drawAccel, drawAccel, 2.0f * drawAccel + 1.0f};
-  const Acceleration blank{blankAccel, blankAccel, 2.0f * blankAccel + 1.0f};
-  for (size_t i = 0; i < path.Segments(); ++i) {
-    const float nominal = interpData[i];
-    const bool whole = nominal >= 1.0f;
-    if (!whole) remainder.GiveExtra();
-    writer.ThreePhase(i, remainder.Take(whole ? RoundHalfUp(nominal) : 1), path.Blank(i) ? blank : drawn);
-  }
-  return static_cast<unsigned int>(writer.Written());
+  return static_cast<unsigned int>(WriteTrapezoidal({xIn, yIn, mIn, nullptr, numKeypoints}, {xOut, yOut, mOut, nullptr},
+                                                    numSamples, blankSpeed, drawAccel, blankAccel, interpData.get()));
 }
 
 unsigned int ZRVDataGenerator::InterpolateDataOptimized(const float* xIn, const float* yIn, const unsigned char* mIn,

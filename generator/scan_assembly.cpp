@@ -138,39 +138,13 @@ unsigned int ScanAssembly::InterpolateFrame(const PointArrays& from, unsigned in
     return generator_.InterpolateDataOptimized(from.x, from.y, from.m, from.rgb, to.x, to.y, to.m, to.rgb, count,
                                                samplesPerFrame_);
   }
-  const unsigned int written = InterpolatePlain(from, from.m, count, to);
-  if (coloured_) CarryColoursAlong(from, count, to, written);
-  return written;
-}
-
-unsigned int ScanAssembly::InterpolatePlain(const PointArrays& from, const unsigned char* m, unsigned int count,
-                                            const PointArrays& to) const {
   const bool linear = !SpeedsUp(scan_);
   const unsigned int written =
-      generator_.InterpolateData(from.x, from.y, m, to.x, to.y, to.m, count, samplesPerFrame_, scan_.BlankSpeed,
-                                 linear ? 0 : scan_.DrawAccel, linear ? 0 : scan_.BlankAccel);
+      generator_.InterpolateData(from.x, from.y, from.m, from.rgb, to.x, to.y, to.m, to.rgb, count, samplesPerFrame_,
+                                 scan_.BlankSpeed, linear ? 0 : scan_.DrawAccel, linear ? 0 : scan_.BlankAccel);
   // The linear profile's closing sample has a digital byte for its y: here it is to be the end of the path.
   if (linear && samplesPerFrame_ > count && written > 0) to.y[written - 1] = from.y[count - 1];
   return written;
-}
-
-// The plain profiles carry a byte a keypoint and no colours. So the number of each keypoint makes the journey in
-// digits of base 255; a dark keypoint stays dark, for time depends on that.
-void ScanAssembly::CarryColoursAlong(const PointArrays& from, unsigned int count, const PointArrays& to,
-                                     unsigned int written) const {
-  constexpr size_t kBase = 255;
-  PointScratch scratch;
-  const PointArrays digits = scratch.Room(RoomFor(count, samplesPerFrame_), false);
-  std::vector<unsigned char> m(count);
-  std::vector<size_t> keypoint(written, 0);
-  for (size_t place = 1; place < count; place *= kBase) {
-    for (size_t i = 0; i < count; ++i) {
-      m[i] = from.m[i] == 0 ? 0 : static_cast<unsigned char>(1 + i / place % kBase);
-    }
-    InterpolatePlain(from, m.data(), count, digits);
-    for (size_t k = 0; k < written; ++k) keypoint[k] += digits.m[k] == 0 ? 0 : (digits.m[k] - 1) * place;
-  }
-  for (size_t k = 0; k < written; ++k) to.rgb[k] = from.rgb[std::min<size_t>(keypoint[k], count - 1)];
 }
 
 void ScanAssembly::Animate() {

@@ -73,10 +73,6 @@ class ScanAssembly {
   void Transform(const PointArrays& points, size_t count) const;
   void Interpolate(const PointArrays& paths);
   unsigned int InterpolateFrame(const PointArrays& from, unsigned int count, const PointArrays& to) const;
-  unsigned int InterpolatePlain(const PointArrays& from, const unsigned char* m, unsigned int count,
-                                const PointArrays& to) const;
-  void CarryColoursAlong(const PointArrays& from, unsigned int count, const PointArrays& to,
-                         unsigned int written) const;
   void FinishKeypoints();
   void Animate();
   void Filter();

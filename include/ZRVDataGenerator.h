@@ -462,7 +462,12 @@ class ZRV_API ZRVDataGenerator {
   // Clamps blankSpeed to 1..10 and the fractions to 0..0.5, then runs the trapezoidal profile, or the linear
   // one when both fractions are below 0.0001. With at least as many keypoints as samples the keypoints are
   // copied instead (room for numKeypoints) and counted. No samples or no keypoints: returns numKeypoints,
-  // writes nothing. One keypoint fills all samples; the result is then 1 (linear) or 0 (trapezoidal).
+  // writes nothing. One keypoint fills all samples; the result is then 1 (linear) or 0 (trapezoidal). The index
+  // arrays are both given or both null.
+  unsigned int InterpolateData(const float* xIn, const float* yIn, const unsigned char* mIn, const unsigned int* idxIn,
+                               float* xOut, float* yOut, unsigned char* mOut, unsigned int* idxOut,
+                               unsigned int numKeypoints, unsigned int numSamples, float blankSpeed, float drawAccel,
+                               float blankAccel);
   unsigned int InterpolateData(const float* xIn, const float* yIn, const unsigned char* mIn, float* xOut, float* yOut,
                                unsigned char* mOut, unsigned int numKeypoints, unsigned int numSamples,
                                float blankSpeed, float drawAccel, float blankAccel);
