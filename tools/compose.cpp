@@ -49,38 +49,26 @@ void Close(ZRVDataGenerator& g, const Values& v, Draft& draft) {
   p.resize(closed);
 }
 
-// The optimized profile carries colours along as point indices.
-Pattern InterpolateOptimized(ZRVDataGenerator& g, Pattern& in, unsigned int samples) {
+// Colours travel along as point indices; dark samples have none.
+Pattern Interpolated(ZRVDataGenerator& g, const Values& v, Pattern& in, unsigned int samples) {
+  constexpr float kSmallestAcceleration = 1e-4f;  // below it the trapezoidal profile is the linear one
+  const bool optimized = v.Text("profile") == "optimized", speedsUp = v.Text("profile") == "trapezoidal";
+  const float drawAccel = speedsUp ? v.Float("draw-accel") : 0, blankAccel = speedsUp ? v.Float("blank-accel") : 0;
+  const bool linear = !optimized && std::max(drawAccel, blankAccel) < kSmallestAcceleration;
   Pattern out = Room(std::max<std::size_t>(samples, in.size() * 5 / 4) + in.size() + 16);
   if (!in.rgb.empty()) out.rgb.resize(out.size());
-  out.resize(g.InterpolateDataOptimized(in.x.data(), in.y.data(), in.m.data(), ColoursOf(in), out.x.data(),
-                                        out.y.data(), out.m.data(), ColoursOf(out), SizeOf(in), samples));
-  return out;
-}
-
-Pattern InterpolatePlain(ZRVDataGenerator& g, const Values& v, Pattern& in, std::vector<unsigned char>& m,
-                         unsigned int samples) {
-  const bool linear = v.Text("profile") == "linear";
-  Pattern out = Room(std::max<std::size_t>(samples, in.size()) + in.size() + 16);
-  out.resize(g.InterpolateData(in.x.data(), in.y.data(), m.data(), out.x.data(), out.y.data(), out.m.data(), SizeOf(in),
-                               samples, v.Float("blank-speed"), linear ? 0 : v.Float("draw-accel"),
-                               linear ? 0 : v.Float("blank-accel")));
+  float *const x = out.x.data(), *const y = out.y.data();
+  if (optimized) {
+    out.resize(g.InterpolateDataOptimized(in.x.data(), in.y.data(), in.m.data(), ColoursOf(in), x, y, out.m.data(),
+                                          ColoursOf(out), SizeOf(in), samples));
+  } else {
+    out.resize(g.InterpolateData(in.x.data(), in.y.data(), in.m.data(), ColoursOf(in), x, y, out.m.data(),
+                                 ColoursOf(out), SizeOf(in), samples, v.Float("blank-speed"), drawAccel, blankAccel));
+  }
   // The linear profile's closing sample carries its digital byte in place of y; the place is the path's end.
-  if (out.size() > in.size() && out.x.back() == in.x.back()) out.y.back() = in.y.back();
-  return out;
-}
-
-// The other profiles carry one byte a keypoint, so each colour channel makes the journey by itself. A lit
-// byte is at least 1, for the budget depends on what is lit.
-Pattern InterpolateColoured(ZRVDataGenerator& g, const Values& v, Pattern& in, unsigned int samples) {
-  Pattern out = InterpolatePlain(g, v, in, in.m, samples);
-  out.rgb.assign(out.size(), 0);
-  for (unsigned int shift : {16u, 8u, 0u}) {
-    std::vector<unsigned char> channel(in.size());
-    for (std::size_t i = 0; i < in.size(); ++i)
-      channel[i] = in.m[i] == 0 ? 0 : static_cast<unsigned char>(std::max(1u, in.rgb[i] >> shift & 255u));
-    const Pattern one = InterpolatePlain(g, v, in, channel, samples);
-    for (std::size_t i = 0; i < out.size(); ++i) out.rgb[i] |= (one.m[i] > 1 ? unsigned{one.m[i]} : 0u) << shift;
+  if (linear && out.size() > in.size()) out.y.back() = in.y.back();
+  for (std::size_t i = 0; i < out.rgb.size(); ++i) {
+    if (out.m[i] == 0) out.rgb[i] = 0;
   }
   return out;
 }
@@ -89,9 +77,7 @@ void Interpolate(ZRVDataGenerator& g, const Values& v, Draft& draft) {
   if (!draft.keypoints || draft.pattern.size() < 2) return;
   Pattern& in = draft.pattern;
   const unsigned int samples = draft.samples != 0 ? draft.samples : v.Count("samples");
-  Pattern out = v.Text("profile") == "optimized" ? InterpolateOptimized(g, in, samples)
-                : in.rgb.empty()                 ? InterpolatePlain(g, v, in, in.m, samples)
-                                                 : InterpolateColoured(g, v, in, samples);
+  Pattern out = Interpolated(g, v, in, samples);
   out.rate = in.rate;
   out.levels = in.levels;
   draft.pattern = std::move(out);
