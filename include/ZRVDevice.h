@@ -14,9 +14,10 @@
 // GetLastError(). Without a connection calls set ErrorNotConnected and return what their comment says. Any
 // command can end with ErrorSerialComm (written or acknowledged not at all, or too late) or
 // ErrorBadAcknowledge; the link is then resynchronised (ErrorSerialReset: that failed too). An answer that is cut
-// short is ErrorDeviceResponse. Nothing is read ahead of a command: what comes too late for one call can cost the
-// next ones their outcome, two at most on a link that works again. docs/reliability.md has the longest time of
-// each call. Values out of range are clamped silently unless a comment says that they are refused.
+// short is ErrorDeviceResponse. Nothing is read ahead of a command: what comes too late for one call spoils the
+// next. On a link that works again a pause and SendSerialReset() end that; where answers come at once, two more calls
+// fail at most without it. docs/reliability.md says more, also where the longest time of each call stands.
+// Values out of range are clamped silently unless a comment says that they are refused.
 //
 // Ownership: arrays stay the caller's. Records returned by pointer are made with new and the caller's to
 // delete.

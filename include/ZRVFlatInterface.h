@@ -19,8 +19,9 @@
  *               are in ZRVDefinitions.h. Without a connection: ErrorNotConnected. The link may also fail at
  *               any time with ErrorSerialComm or ErrorBadAcknowledge, after which it is resynchronised
  *               (ErrorSerialReset: that failed too), or with ErrorDeviceResponse. What comes too late for one
- *               call can cost the next ones their outcome, two at most on a link that works again. Should memory
- *               run out within a call, it returns zeros.
+ *               call spoils the next: on a link that works again a pause and ZRVSendSerialReset end that; where
+ *               answers come at once, two more calls fail at most without it. Should memory run out within a
+ *               call, it returns zeros.
  *   Arrays      are the caller's, read or filled during the call and never kept. Their sizes are not known
  *               here: each must hold as many elements as the call says.
  *   Records     travel by value and whole, as the plain structs of ZRVDefinitions.h; settings of generators by
