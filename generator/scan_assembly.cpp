@@ -202,7 +202,8 @@ unsigned int ZRVDataGenerator::CurvesDataSize(const ZRVScanSettings& scan, unsig
                                               unsigned int numFrames) const {
   const size_t keypoints = std::max<size_t>({numKeypoints, content->pointFile.Size(), zrv::kFewestExpected});
   const size_t closed = zrv::ClosedSize(keypoints);
-  const size_t frames = numFrames != 0 ? numFrames : zrv::AnimationFrames(scan);
+  // A drawing of which one frame is left, the others being empty or not there, is animated.
+  const size_t frames = std::max(numFrames, zrv::AnimationFrames(scan));
   const zrv::PointFile& timed = content->pointTimeFile;
   const size_t frame = std::max(zrv::RoomFor(closed, zrv::SamplesPerFrame(scan.SampleRate, scan.RefreshRate)),
                                 zrv::RoomForTimedPoints(timed.t, zrv::HighestRate(scan, timed.sps)));

@@ -79,7 +79,7 @@ class ZRV_API ZRVDataGenerator {
   // arrays.
   //   numKeypoints    of text (HersheyDataSize) or of the largest imported frame (IldaNumMaxPoints); 0: none, or a
   //                   clock with hands
-  //   numFrames       of an imported drawing; 0: those of the animation
+  //   numFrames       of an imported drawing; never counted as fewer than those of the animation
   unsigned int CurvesDataSize(const ZRVScanSettings& scan, unsigned int numKeypoints = 0,
                               unsigned int numFrames = 0) const;
 
@@ -320,8 +320,9 @@ class ZRV_API ZRVDataGenerator {
   //   m               bit 0 active part of a line, bit 1 pixel clock, bit 2 first active sample of the
   //                   frame, bit 7 start of a line (one-way only)
   // Samples, from L = trunc(sps lineDuration) + 2 trunc(sps lineDuration 0.05) and
-  // R = trunc(sps min(lineDuration, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L. The first
-  // is about 60000 with up to 25000 pixels in all, unless minSps asks for more.
+  // R = trunc(sps min(lineDuration, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L. With up to 25000
+  // pixels in all and at least one line, two-way 82500 at most and one-way 107500 (1 line of 25000 pixels; 20 lines of
+  // 1190 one-way: 105196), unless minSps asks for more.
   unsigned int LinearRasterPattern(float* x, float* y, unsigned char* m, float xAmplitude, float yAmplitude,
                                    unsigned int numLines, unsigned int numPixels, float lineDuration, bool pixelHold,
                                    bool bidirectional, int digitalShift, float rotationAngle, unsigned int& sps,
@@ -330,7 +331,7 @@ class ZRV_API ZRVDataGenerator {
   // The same for imaging: four samples a pixel (one when maxSps forbids), no lead-in, one return at the end.
   // pixelHold is not used. m has no line-start bit; bit 6 marks the active part of backward lines. Samples, with
   // R = trunc(sps min(lineDuration / 2.5, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L. Nothing
-  // bounds them but maxSps: 20 lines of 1190 pixels can take 134000, so ask with null arrays.
+  // bounds them but maxSps: at 100000 20 lines of 1190 pixels can take 135192, so ask with null arrays.
   unsigned int LinearRasterPatternImaging(float* x, float* y, unsigned char* m, float xAmplitude, float yAmplitude,
                                           unsigned int numLines, unsigned int numPixels, float lineDuration,
                                           bool pixelHold, bool bidirectional, int digitalShift, float rotationAngle,
@@ -442,7 +443,8 @@ class ZRV_API ZRVDataGenerator {
   unsigned int RadialTransformData(float* x, float* y, unsigned int count, float strength) const;
 
   // Tangent distortion: a radius r becomes r f(r) / f(1), f(r) = strength r / tan(strength r). The centre and points at
-  // radius 1 keep their place. A negative strength multiplies every point by strength r. Kept on purpose.
+  // radius 1 keep their place. Where strength r is 1e-8 or less, as it is everywhere for a negative strength, it
+  // multiplies the point itself; a strength of 0 counts as 1e-8. Kept on purpose.
   static unsigned int TangentialTransformData(float* x, float* y, unsigned int count, float strength);
 
   // Affine, projective, radial, tangential, in this order. The last two are left out within 0.001 of 0.

@@ -291,8 +291,8 @@ ZRV_API void ZRVDeleteDataGenerator(ZRVDataGenerator* generator);
 /* A raster of lines along y, stacked along x, with smooth turnarounds; starts and ends at the same point. Returns
  * the number of samples written to x, y and m, or 0 when it cannot be made within the limits. Room needed, from
  * L = 1.1 * sps * lineDuration: (numLines + 2) * L samples, and if not bidirectional another
- * numLines * sps * min(lineDuration, 0.01). The first is about 60000 with up to 25000 pixels in all, unless minSps asks
- * for more.
+ * numLines * sps * min(lineDuration, 0.01). With up to 25000 pixels in all and at least one line, 82500 at most, and if
+ * not bidirectional 107500 (1 line of 25000 pixels; 20 lines of 1190: 105196), unless minSps asks for more.
  * With x, y and m null it sets sps, writes nothing and returns the count that it would write.
  *   xAmplitude      half size of the stack of lines, 0..1
  *   yAmplitude      half size of the sweep, turnarounds included, 0..1
@@ -349,7 +349,7 @@ ZRV_API void ZRVInitPatternSettings(ZRVPatternSettings* settings);
  * never too small. For rasters and signals, and to the last sample, ask the generator itself with null arrays.
  *   numKeypoints    of text (ZRVHersheyDataSize) or of the largest imported frame (ZRVIldaNumMaxPoints); 0: none,
  *                   or a clock with hands
- *   numFrames       of an imported drawing; 0: those of the animation */
+ *   numFrames       of an imported drawing; never counted as fewer than those of the animation */
 ZRV_API unsigned int ZRVCurvesDataSize(ZRVDataGenerator* generator, const ZRVScanSettings* scan,
                                        unsigned int numKeypoints, unsigned int numFrames);
 
@@ -566,8 +566,8 @@ ZRV_API float ZRVsaw(ZRVDataGenerator* generator, float t);
 /* As ZRVLinearRasterPattern, for imaging: four samples a pixel (one when maxSps forbids), no lead-in, one return
  * at the end. pixelHold is not used. m has no line-start bit; bit 6 marks the active part of backward lines. Room, from
  * L = 1.1 * sps * lineDuration: (numLines + 2) * L, and if not bidirectional another
- * numLines * sps * min(lineDuration / 2.5, 0.01). Nothing bounds it but maxSps: 20 lines of 1190 pixels can take
- * 134000, so ask with null arrays. */
+ * numLines * sps * min(lineDuration / 2.5, 0.01). Nothing bounds it but maxSps: at 100000
+ * 20 lines of 1190 pixels can take 135192, so ask with null arrays. */
 ZRV_API unsigned int ZRVLinearRasterPatternImaging(ZRVDataGenerator* generator, float* x, float* y, unsigned char* m,
                                                    float xAmplitude, float yAmplitude, unsigned int numLines,
                                                    unsigned int numPixels, float lineDuration, bool pixelHold,
@@ -663,7 +663,8 @@ ZRV_API unsigned int ZRVRadialTransformData(ZRVDataGenerator* generator, float* 
                                             float strength);
 
 /* Tangent distortion: a radius r becomes r f(r) / f(1), f(r) = strength r / tan(strength r). The centre and points at
- * radius 1 keep their place. A negative strength multiplies every point by strength r. */
+ * radius 1 keep their place. Where strength r is 1e-8 or less, as it is everywhere for a negative strength, it
+ * multiplies the point itself; a strength of 0 counts as 1e-8. */
 ZRV_API unsigned int ZRVTangentialTransformData(ZRVDataGenerator* generator, float* x, float* y, unsigned int count,
                                                 float strength);
 

@@ -34,11 +34,11 @@ class Composites : public ::testing::Test {
   }
 
   // Two true-colour frames: a red corner, then a green line on the other side.
-  static Bytes Drawing() {
+  static Bytes Drawing(int frames = 2) {
     const Bytes corner = BigEndian({-20000, 0, 0, 0xFF, -20000, 20000, 0, 0xFF, -10000, 20000, 0, 0xFF});
-    Bytes file = IldaSection(5, 3, 2, corner);
-    file += IldaSection(5, 2, 2, BigEndian({20000, 0, 0, 0xFF00, 20000, -20000, 0, 0xFF00}));
-    file += IldaSection(5, 0, 2);
+    Bytes file = IldaSection(5, 3, frames, corner);
+    if (frames > 1) file += IldaSection(5, 2, frames, BigEndian({20000, 0, 0, 0xFF00, 20000, -20000, 0, 0xFF00}));
+    file += IldaSection(5, 0, frames);
     return file;
   }
 
@@ -77,6 +77,7 @@ class Composites : public ::testing::Test {
              2 * g.HersheyDataSize(text.Text, 5, 0) + 1},
             {"keypoints", Import(pointFile.Path(), true), 0, 0, 2 * 4 + 1},
             {"drawing", Import(drawing.Path()), 3, 2},
+            {"one frame, animated", Import(single.Path()), 3, 1},
             {"points", Import(pointFile.Path()), 0},
             {"point times", Import(timesFile.Path()), 0},
             // From here on the size is what the generator itself says.
@@ -86,7 +87,7 @@ class Composites : public ::testing::Test {
   }
 
   TempFile pointFile{"sps 5000\n-0.5 0 255\n0.5 0 0\n0.5 0.5 255\n-0.5 0.5 255\n"};
-  TempFile timesFile{"0 0 255 10\n0.5 0.5 7 20\n"}, drawing{Drawing()};
+  TempFile timesFile{"0 0 255 10\n0.5 0.5 7 20\n"}, drawing{Drawing()}, single{Drawing(1)};
   const float placesX[3] = {-0.5f, 0, 0.5f}, placesY[3] = {0, 0.5f, 0};
   ZRVDataGenerator g;
   ZRVWaveformSettings waveform;

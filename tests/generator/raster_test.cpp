@@ -23,6 +23,8 @@ TEST(RasterPlan, BudgetsWorkedOutByHand) {
   expect("fallback budget for hold", {50, 300, 0.1f, true, true, 0, 100000}, 4, 12000, 1320, 1200, 52 * 1320);
   expect("too many pixels to hold", {60, 300, 0.1f, true, true, 0, 100000});
   expect("too many pixels", {1000, 100, 0.1f, false, true, 0, 100000});
+  expect("most of 25000 pixels, two-way", {1, 25000, 0.005f, false, true, 0, 9999999}, 1, 5000000, 27500, 25000, 82500);
+  expect("many of them, one-way", {20, 1190, 0.01f, false, false, 0, 9999999}, 2, 238000, 2618, 2380, 105196);
   expect("rate limited", {10, 100, 0.01f, false, true, 0, 20000}, 2, 20000, 220, 200, 12 * 220);
   expect("rate limited too far to hold", {10, 100, 0.01f, true, true, 0, 20000});
   expect("raised to the lowest rate", {2, 2, 1.0f, false, true, 1000, 9000}, 24, 1000, 1100, 1000, 4400);
