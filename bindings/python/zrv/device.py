@@ -1,6 +1,7 @@
 """Drives a controller."""
 from __future__ import annotations
 
+import contextlib
 import ctypes
 import os
 import time
@@ -110,8 +111,8 @@ class Device(Handle):
     port_directory  as set_port_directory
 
     Connecting centres the mirror and switches the laser modulation off. Leaving the `with` block, or close(), stops
-    playback, switches laser and outputs off (as stop() does) and disconnects; detach() leaves the controller playing. Afterwards every
-    use raises ZrvError, as does every call that fails. Calls block until the controller answers, mostly two seconds at
+    playback, switches laser and outputs off (as stop() does) and disconnects; detach() leaves the controller playing.
+    Afterwards every use raises ZrvError, as does every call that fails. Calls block until the controller answers, mostly two seconds at
     most. Any thread may call; the calls of all devices take their turns.
 
     The parameters below are those of the controller, changed as soon as they are set and clamped to its limits without
@@ -339,13 +340,17 @@ class Device(Handle):
             try:
                 return self._stop()
             except ZrvError:  # send what may still help all the same
-                self.configure(laser_modulation_enable=False, digital_output_enable=False)
+                with contextlib.suppress(ZrvError):
+                    self._call("read the parameters", "ZRVGetDeviceParams")
+                for output in ("laser_modulation_enable", "digital_output_enable"):
+                    with contextlib.suppress(ZrvError):
+                        self.configure(**{output: False})
                 raise
 
     def _stop(self) -> StopPoint:
         self._call("stop playing", "ZRVStopDataStream")
-        # After an acknowledgement that was lost the record may say off while the laser is on, and switching it off would
-        # send nothing: read it first.
+        # After an acknowledgement that was lost the record may say off while the laser is on, and switching it off
+        # would send nothing: read it first.
         self._call("read the parameters", "ZRVGetDeviceParams")
         self.configure(laser_modulation_enable=False, digital_output_enable=False)
         return StopPoint(*(self._run(f"ZRVGet{what}Stop") for what in "XYMI"))
