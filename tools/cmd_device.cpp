@@ -94,12 +94,13 @@ struct Target {
 void GoTo(const Target& target) {
   ZRVDevice device;
   Connect(device, target.port);
+  CatchStopSignals();
   LaserGuard guard(device);
   device.SetDeviceParam(ParamMEMSDriverEnable, 1);
   Check(device, "switch on the mirror driver");
   device.GoToDevicePosition(target.x, target.y, static_cast<unsigned char>(target.digital), target.milliseconds);
   Check(device, "move the mirror");
-  guard.Release();
+  guard.LeaveOn();
   std::printf("the mirror holds x %g, y %g\n", static_cast<double>(target.x), static_cast<double>(target.y));
 }
 

@@ -10,6 +10,7 @@
 #include "options.h"
 #include "parameters.h"
 #include "session.h"
+#include "terminal.h"
 
 namespace zrvtool {
 namespace {
@@ -48,10 +49,11 @@ void Load(const FileCommand& command) {
   Check(device, "read the parameters");
   device.LoadDeviceParams(&params, command.file.c_str());
   Check(device, "read " + command.file);
+  CatchStopSignals();
   LaserGuard guard(device);
   device.SetDeviceParams(&params);
   Check(device, "set the parameters of " + command.file);
-  guard.Release();
+  guard.LeaveOn();
   std::printf("parameters of %s set\n", command.file.c_str());
 }
 

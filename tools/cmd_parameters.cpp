@@ -8,6 +8,7 @@
 #include "options.h"
 #include "parameters.h"
 #include "session.h"
+#include "terminal.h"
 
 namespace zrvtool {
 namespace {
@@ -57,11 +58,12 @@ void Set(const ParameterCommand& command) {
   const float value = ValueOf(row, command.value);
   ZRVDevice device;
   ConnectAndRead(device, command.port);
+  CatchStopSignals();
   LaserGuard guard(device);
   if (row.param == ParamOutputOffsets) SetOffset(device, row, value);
   else device.SetDeviceParam(row.param, value);
   Check(device, std::string("set ") + row.name + " to " + command.value);
-  guard.Release();
+  guard.LeaveOn();
   std::printf("%s is now %s\n", row.name, Shown(row, Value(device, row)).c_str());
 }
 

@@ -36,7 +36,7 @@ void Play(const PatternChoice& choice, PlayCommand& command) {
   std::printf("playing %s: %s%s\n", choice.kind->name, Describe(pattern).c_str(), FormatNote(device, pattern));
   std::fflush(stdout);
   if (command.detach) {
-    guard.Release();
+    guard.LeaveOn();
     std::printf("the controller goes on by itself; stop it with: zrv stop %s\n", command.port.c_str());
     return;
   }

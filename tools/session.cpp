@@ -160,6 +160,11 @@ void StopPlaying(ZRVDevice& device) {
                   ".\nSwitch the laser off by hand; when the controller answers again: zrv stop PORT.");
 }
 
+void LaserGuard::LeaveOn() {
+  if (StopRequested()) throw ToolError("interrupted");
+  Release();
+}
+
 LaserGuard::~LaserGuard() {
   if (!armed_ || !device_.IsDeviceConnected()) return;
   try {

@@ -38,7 +38,8 @@ void WatchPlaying(ZRVDevice& device, const Pattern& pattern, const PlayOptions& 
 // Stops and switches the laser off. Throws, with what is left to do by hand, when that cannot be made sure of.
 void StopPlaying(ZRVDevice& device);
 
-// Has a command that lights or drives something leave the laser off, whatever happens, unless it ends well.
+// Has a command that lights or drives something leave the laser off, whatever happens, unless it ends well. It is also
+// left off after an interruption once CatchStopSignals() was called.
 class LaserGuard {
  public:
   explicit LaserGuard(ZRVDevice& device) : device_(device) {}
@@ -46,6 +47,8 @@ class LaserGuard {
   LaserGuard(const LaserGuard&) = delete;
   LaserGuard& operator=(const LaserGuard&) = delete;
   void Release() { armed_ = false; }
+  // The command ended well, and what it lit stays on. Throws when it was interrupted meanwhile.
+  void LeaveOn();
 
  private:
   ZRVDevice& device_;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <nlohmann/json.hpp>
+#include <thread>
 
 #include "decoded_picture.h"
 #include "run_zrv.h"
@@ -146,6 +147,28 @@ TEST(Laser, IsOffAfterEveryCommandThatLitItWhateverIsLost) {
     EXPECT_NE(outcome.output.find(c.said), std::string::npos) << c.command << "\n" << outcome.output;
     EXPECT_FALSE(terminal.Access([](sim::Controller& controller) { return controller.settings().laserModulation; }))
         << c.command;
+  }
+}
+
+TEST(Laser, IsOffWhenWhatLightsItIsInterrupted) {
+  const Folder folder;
+  sim::PseudoTerminal terminal({}, {.portDirectory = folder.Path(), .portName = "ttyUSB0"});
+  const auto lit = [&] {
+    return terminal.Access([](sim::Controller& controller) { return controller.settings().laserModulation; });
+  };
+  terminal.Access([](sim::Controller& controller) { controller.faults().OnCommand(0xD9, sim::Fault::Delay(0.3)); });
+  for (const auto& words : std::vector<std::vector<std::string>>{{"set", "ttyUSB0", "LaserModulationEnable", "on"},
+                                                                 {"play", "ttyUSB0", "rose", "--detach"}}) {
+    std::vector<std::string> arguments = {"--port-dir", folder.Path()};
+    arguments.insert(arguments.end(), words.begin(), words.end());
+    Background command(arguments);
+    for (int i = 0; i < 1000 && !lit(); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    ASSERT_TRUE(lit()) << words[0];
+    command.Signal(SIGINT);
+    const Outcome outcome = command.Finish(20);
+    EXPECT_EQ(outcome.status, 1) << outcome.output;
+    EXPECT_NE(outcome.output.find("interrupted"), std::string::npos) << outcome.output;
+    EXPECT_FALSE(lit()) << words[0];
   }
 }
 
