@@ -54,6 +54,7 @@ static void make_circle(float* x, float* y, unsigned char* m) {
 static int switch_off(ZRVDevice* device) {
   int tries;
   for (tries = 0; tries < 3; tries++) {
+    ZRVStopDataStream(device);
     const ZRVDeviceParamsStruct params = ZRVGetDeviceParams(device);
     ZRVSetDeviceParam(device, ParamLaserModulationEnable, 0.0f, 0.0f);
     if (params.ParamsValid && ZRVGetLastError(device) == ErrorNone) return 0;

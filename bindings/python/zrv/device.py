@@ -112,8 +112,8 @@ class Device(Handle):
 
     Connecting centres the mirror and switches the laser modulation off. Leaving the `with` block, or close(), stops
     playback, switches laser and outputs off (as stop() does) and disconnects; detach() leaves the controller playing.
-    Afterwards every use raises ZrvError, as does every call that fails. Calls block until the controller answers, mostly two seconds at
-    most. Any thread may call; the calls of all devices take their turns.
+    Afterwards every use raises ZrvError, as does every call that fails. Calls block until the controller answers,
+    mostly two seconds at most. Any thread may call; the calls of all devices take their turns.
 
     The parameters below are those of the controller, changed as soon as they are set and clamped to its limits without
     a word. `params` is the whole record.
