@@ -322,7 +322,7 @@ class ZRV_API ZRVDataGenerator {
   // Samples, from L = trunc(sps lineDuration) + 2 trunc(sps lineDuration 0.05) and
   // R = trunc(sps min(lineDuration, 0.01)): two-way (numLines + 2) L, one-way numLines (L + R) + 2 L. With up to 25000
   // pixels in all and at least one line, two-way 82500 at most and one-way 107500 (1 line of 25000 pixels; 20 lines of
-  // 1190 one-way: 105196), unless minSps asks for more.
+  // 1190 one-way: 105196), with pixelHold 110000 and 143400 (1 line of 8333 pixels), unless minSps asks for more.
   unsigned int LinearRasterPattern(float* x, float* y, unsigned char* m, float xAmplitude, float yAmplitude,
                                    unsigned int numLines, unsigned int numPixels, float lineDuration, bool pixelHold,
                                    bool bidirectional, int digitalShift, float rotationAngle, unsigned int& sps,

@@ -292,7 +292,8 @@ ZRV_API void ZRVDeleteDataGenerator(ZRVDataGenerator* generator);
  * the number of samples written to x, y and m, or 0 when it cannot be made within the limits. Room needed, from
  * L = 1.1 * sps * lineDuration: (numLines + 2) * L samples, and if not bidirectional another
  * numLines * sps * min(lineDuration, 0.01). With up to 25000 pixels in all and at least one line, 82500 at most, and if
- * not bidirectional 107500 (1 line of 25000 pixels; 20 lines of 1190: 105196), unless minSps asks for more.
+ * not bidirectional 107500 (1 line of 25000 pixels; 20 lines of 1190: 105196), with pixelHold 110000 and 143400
+ * (1 line of 8333 pixels), unless minSps asks for more.
  * With x, y and m null it sets sps, writes nothing and returns the count that it would write.
  *   xAmplitude      half size of the stack of lines, 0..1
  *   yAmplitude      half size of the sweep, turnarounds included, 0..1

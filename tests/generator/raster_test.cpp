@@ -24,6 +24,7 @@ TEST(RasterPlan, BudgetsWorkedOutByHand) {
   expect("too many pixels to hold", {60, 300, 0.1f, true, true, 0, 100000});
   expect("too many pixels", {1000, 100, 0.1f, false, true, 0, 100000});
   expect("most of 25000 pixels, two-way", {1, 25000, 0.005f, false, true, 0, 9999999}, 1, 5000000, 27500, 25000, 82500);
+  expect("most of them with hold", {1, 8333, 0.01f, true, false, 0, 9999999}, 4, 3333200, 36664, 33332, 143324);
   expect("many of them, one-way", {20, 1190, 0.01f, false, false, 0, 9999999}, 2, 238000, 2618, 2380, 105196);
   expect("rate limited", {10, 100, 0.01f, false, true, 0, 20000}, 2, 20000, 220, 200, 12 * 220);
   expect("rate limited too far to hold", {10, 100, 0.01f, true, true, 0, 20000});
